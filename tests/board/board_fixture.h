@@ -1,0 +1,47 @@
+#pragma once
+// Helpers shared by the board tests.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "chess/board/board.h"
+#include "chess/board/tables.h"
+
+namespace kbuChess::testing {
+
+inline u64 sq(const char* text) { return squareFromText(text); }
+
+class BoardTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    board.output().setEcho(false);
+    board.output().setKeep(true);
+  }
+  // Long forms of the current frame's records, in order.
+  std::vector<std::string> frameMoves() {
+    std::vector<std::string> moves;
+    for (const Move* m = board.frame().first; m < board.frame().end; ++m) moves.push_back(clsBoard::moveText(m, true));
+    return moves;
+  }
+  std::vector<std::string> generated(const std::string& fen, int stage = -1) {
+    board.readFEN(fen);
+    board.generate(stage);
+    return frameMoves();
+  }
+  std::vector<std::string> legal(const std::string& fen) {
+    board.readFEN(fen);
+    board.generateLegal();
+    return frameMoves();
+  }
+  const Move* findMove(const std::string& longForm) {
+    for (const Move* m = board.frame().first; m < board.frame().end; ++m)
+      if (clsBoard::moveText(m, true) == longForm) return m;
+    return nullptr;
+  }
+  bool play(const std::string& coordinate) { return board.readCoordinateMove(coordinate); }
+
+  clsBoard board;
+};
+
+}  // namespace kbuChess::testing

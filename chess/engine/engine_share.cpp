@@ -1,0 +1,24 @@
+#include "chess/engine/engine_share.h"
+
+#include <bit>
+#include <new>
+
+namespace kbuChess {
+
+void clsEngineShare::sizeTable(std::int32_t mebibytes) {
+  table_.reset();
+  entryCount_ = 0;
+  requestedBytes_ = 0;
+  if (mebibytes <= 0) return;
+  requestedBytes_ = static_cast<u64>(mebibytes) << 20;
+  u64 count = std::bit_floor(requestedBytes_ / sizeof(TTEntry));
+  // A size that cannot be met shrinks by halves until the allocation succeeds.
+  while (count != 0) {
+    table_.reset(new (std::nothrow) TTEntry[count]());
+    if (table_) break;
+    count /= 2;
+  }
+  entryCount_ = count;
+}
+
+}  // namespace kbuChess

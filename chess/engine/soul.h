@@ -1,0 +1,30 @@
+#pragma once
+// Souls: a name and 21 integer weights that weigh the evaluation terms and the
+// castling bonus. Text form: NAME=v1 v2 ... v21.
+#include <array>
+#include <string>
+
+#include "chess/board/types.h"
+
+namespace kbuChess {
+
+inline constexpr int SOUL_SIZE = 21;
+using SoulValues = std::array<i32, SOUL_SIZE>;
+
+struct Soul {
+  std::string name;
+  SoulValues values{};
+};
+
+// The six presets in table order; the default soul is "Simple5".
+extern const char* const SOUL_PRESETS[6];
+inline constexpr const char* DEFAULT_SOUL = "Simple5";
+
+// Parses "NAME=v1 v2 ..." : fields split at single spaces, missing ones 0.
+Soul parseSoul(const std::string& text);
+// The 21 values, each followed by a tab.
+std::string soulValuesText(const SoulValues& values);
+// Crossover with mutation from `other` into `values`, drawing from the shared random source.
+void breedSoul(SoulValues& values, const SoulValues& other);
+
+}  // namespace kbuChess

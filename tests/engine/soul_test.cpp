@@ -1,0 +1,99 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "base/random.h"
+#include "chess/engine/engine.h"
+
+namespace kbuChess {
+namespace {
+
+SoulValues values(std::initializer_list<i32> list) {
+  SoulValues v{};
+  std::copy(list.begin(), list.end(), v.begin());
+  return v;
+}
+
+const SoulValues SIMPLE5 = values({7, 20, 2, 20, 4, 1, 5, 2, 5, 8, 1, 8, 10, 10, 20, 5, 1, 5, 10, 5, 10});
+const SoulValues MASS161 = values({38, 10, 1, 18, 14, 1, 103, 75, 84, 54, 4, 97, 10, 10, 60, 3, 1, 12, 40, 5, 10});
+
+TEST(Soul, ParsesFieldsAtSingleSpaces) {
+  Soul soul = parseSoul("X=1 2 3");
+  EXPECT_EQ(soul.name, "X");
+  EXPECT_EQ(soul.values, values({1, 2, 3}));
+
+  // An empty field between two spaces counts as 0 and shifts the rest.
+  EXPECT_EQ(parseSoul("X=1  2").values, values({1, 0, 2}));
+  // No "=": the whole text is the name and every value is 0.
+  soul = parseSoul("no equals 5");
+  EXPECT_EQ(soul.name, "no equals 5");
+  EXPECT_EQ(soul.values, SoulValues{});
+  // Signs, junk after digits, no range check, extra fields ignored.
+  EXPECT_EQ(parseSoul("Y=-5 +7 12abc x 99999999").values, values({-5, 7, 12, 0, 99999999}));
+  EXPECT_EQ(parseSoul("Z=1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22").values[20], 21);
+}
+
+TEST(Soul, SelectsPresetsByExactName) {
+  auto engine = std::make_unique<clsEngine>();
+  EXPECT_EQ(engine->soulName(), "Simple5");
+  EXPECT_EQ(engine->soulValues(), SIMPLE5);
+  EXPECT_EQ(engine->castlingBonus(), 20);
+
+  engine->selectSoul("Mass161");
+  EXPECT_EQ(engine->soulName(), "Mass161");
+  EXPECT_EQ(engine->castlingBonus(), 18);
+  engine->selectSoul("simple5");  // case matters: no match, nothing changes
+  engine->selectSoul("Nobody");
+  engine->selectSoul("");  // no options: the fallback matches no preset either
+  EXPECT_EQ(engine->soulName(), "Mass161");
+  EXPECT_EQ(engine->soulValues(), MASS161);
+  engine->selectSoul("Simple5");
+  EXPECT_EQ(engine->soulValues(), SIMPLE5);
+  EXPECT_EQ(engine->soulValuesText(), "7\t20\t2\t20\t4\t1\t5\t2\t5\t8\t1\t8\t10\t10\t20\t5\t1\t5\t10\t5\t10\t");
+}
+
+TEST(Soul, EmptyNameFallsBackToRuntimeThenCommandOption) {
+  kobubase::clsOptions options;
+  options.set("-soul", "BattleField");
+  auto engine = std::make_unique<clsEngine>(options);
+  engine->selectSoul("");
+  EXPECT_EQ(engine->soulName(), "BattleField");
+  EXPECT_EQ(engine->castlingBonus(), 103);
+  engine->runtimeOptions().set("soul", "Manticore617");
+  engine->selectSoul("");
+  EXPECT_EQ(engine->soulName(), "Manticore617");
+}
+
+TEST(Soul, BreedingCopiesTheDrawnRangeWithRareMutations) {
+  auto engine = std::make_unique<clsEngine>();
+  auto other = std::make_unique<clsEngine>();
+  other->applySoulText("Other=100 101 102 103 104 105 106 107 108 109 110 111 112 113 114 115 116 117 118 119 120");
+
+  // Draws: cut 19, upper range, two copies.
+  kobubase::seedRandom(1, 8);
+  engine->breedSoul(*other);
+  SoulValues expected = SIMPLE5;
+  expected[19] = 119;
+  expected[20] = 120;
+  EXPECT_EQ(engine->soulValues(), expected);
+  EXPECT_EQ(engine->soulName(), "Simple5");
+
+  // Draws: cut 19, upper range, position 20 mutated to 42, position 21 copied.
+  engine->selectSoul("Simple5");
+  kobubase::seedRandom(5398, 37787);
+  engine->breedSoul(*other);
+  expected[19] = 42;
+  EXPECT_EQ(engine->soulValues(), expected);
+
+  // Draws: cut 2, lower range: positions 1 and 2 copied, the castling bonus kept.
+  engine->selectSoul("Simple5");
+  kobubase::seedRandom(116, 813);
+  engine->breedSoul(*other);
+  expected = SIMPLE5;
+  expected[0] = 100;
+  expected[1] = 101;
+  EXPECT_EQ(engine->soulValues(), expected);
+}
+
+}  // namespace
+}  // namespace kbuChess

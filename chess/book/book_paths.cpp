@@ -1,0 +1,81 @@
+#include "chess/book/book_paths.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <filesystem>
+
+namespace kbuChess {
+namespace fs = std::filesystem;
+namespace {
+
+std::string lowerCase(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
+}
+
+std::string withoutTrailingSeparators(std::string path) {
+  while (path.size() > 1 && (path.back() == '/' || path.back() == '\\')) path.pop_back();
+  return path;
+}
+
+}  // namespace
+
+std::vector<std::string> splitArguments(const std::string& text) {
+  std::vector<std::string> words;
+  std::size_t i = 0;
+  while (i < text.size()) {
+    if (std::isspace(static_cast<unsigned char>(text[i]))) {
+      ++i;
+      continue;
+    }
+    std::string word;
+    if (text[i] == '"') {
+      const std::size_t close = text.find('"', i + 1);
+      word = text.substr(i + 1, close == std::string::npos ? std::string::npos : close - i - 1);
+      i = close == std::string::npos ? text.size() : close + 1;
+    } else {
+      while (i < text.size() && !std::isspace(static_cast<unsigned char>(text[i]))) word += text[i++];
+    }
+    words.push_back(word);
+  }
+  return words;
+}
+
+std::optional<int> wholeNumber(const std::string& word) {
+  int value = 0;
+  const char* end = word.data() + word.size();
+  const auto [last, error] = std::from_chars(word.data(), end, value);
+  if (word.empty() || error != std::errc() || last != end) return std::nullopt;
+  return value;
+}
+
+std::vector<std::string> filesWithExtension(const std::string& where, const std::string& extension) {
+  std::error_code error;
+  fs::path folder(withoutTrailingSeparators(where));
+  const std::string last = folder.filename().string();
+  if (last == "%" + extension || last == "*" + extension) folder = folder.parent_path();
+  if (folder.empty()) folder = ".";
+  if (fs::is_regular_file(folder, error)) return {folder.string()};
+  std::vector<std::string> files;
+  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+    if (it->is_regular_file(error) && lowerCase(it->path().extension().string()) == extension) {
+      files.push_back(it->path().string());
+    }
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::string besidePath(const std::string& where, const std::string& extension) {
+  std::error_code error;
+  fs::path path(withoutTrailingSeparators(where));
+  if (fs::is_regular_file(path, error)) return path.replace_extension(extension).string();
+  return path.string() + extension;
+}
+
+std::string withExtension(const std::string& name, const std::string& extension) {
+  return fs::path(name).has_extension() ? name : name + extension;
+}
+
+}  // namespace kbuChess

@@ -1,0 +1,25 @@
+#pragma once
+// Arguments and file names of the book commands: words split at blanks with
+// double quotes around words that hold blanks, whole numbers, and the files of
+// a folder that carry one extension.
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kbuChess {
+
+// Splits at blanks; "a b" in double quotes is one word without its quotes.
+std::vector<std::string> splitArguments(const std::string& text);
+// The whole number the word holds, or nothing.
+std::optional<int> wholeNumber(const std::string& word);
+// The files named by `where`, sorted by name: the file itself when it is one,
+// else every file of the folder with the extension (".pgn"), in any case of
+// letters. A last part "%.pgn" or "*.pgn" names the folder before it.
+std::vector<std::string> filesWithExtension(const std::string& where, const std::string& extension);
+// `where` without trailing separators and with the extension: a file gets its
+// extension replaced, a folder gets it appended (games -> games.sbk).
+std::string besidePath(const std::string& where, const std::string& extension);
+// The name with the extension added when it has none.
+std::string withExtension(const std::string& name, const std::string& extension);
+
+}  // namespace kbuChess

@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include "book_test_util.h"
+#include "chess/book/book.h"
+#include "chess/book/book_commands.h"
+#include "chess/book/book_file.h"
+
+using namespace kbuChess;
+using Lines = std::vector<std::string>;
+
+namespace {
+
+class BookCommands : public ::testing::Test {
+ protected:
+  BookCommands() {
+    std::filesystem::create_directories(games);
+    bookTest::writeText(games + "/b.pgn", "1. e4 e5 1-0\n1. e4 c5 0-1\n");
+    bookTest::writeText(games + "/a.PGN", "1. d4 d5 2. c4 1/2-1/2\n");
+    bookTest::writeText(games + "/notes.txt", "1. h4 *\n");
+  }
+  bookTest::TempFolder folder;
+  bookTest::Quiet out;
+  std::string games = folder.file("my games");
+};
+
+}  // namespace
+
+TEST_F(BookCommands, MissingArgumentsPrintTheUsage) {
+  clsBook book;
+  commandLoadBook(book, "", out);
+  commandSaveBook(book, "  ", out);
+  commandMergeBooks("onlyone", out);
+  commandBuildBooks("folder", out);
+  commandBuildBooks("folder 0", out);
+  commandCvBooks("", out);
+  EXPECT_EQ(out.lines(),
+            (Lines{"# loadbook book [limit]", "# book: filename.sbk",
+                   "# limit: load only positions played more than 'limit' times", "# savebook book [limit]",
+                   "# book: filename.sbk", "# limit: save only positions played more than 'limit' times",
+                   "# mergebooks books_path new_book.sbk [limit]", "# merge .sbk book files into new_book.sbk file",
+                   "# buildbooks path_of_pgn_files moves_count [type]",
+                   "# buildbooks d:\\games d:\\talvena\\talvena.sbk 10", "# type: 0=book, 1=extract FEN",
+                   "# NB: use \"path\" if you want to use path with embedded spaces",
+                   "# buildbooks path_of_pgn_files moves_count [type]",
+                   "# buildbooks d:\\games d:\\talvena\\talvena.sbk 10", "# type: 0=book, 1=extract FEN",
+                   "# NB: use \"path\" if you want to use path with embedded spaces",
+                   "# filterbooks books_path filter_options", "# sort .sbk book files into new_book.sb2 file",
+                   "# filter options will be available in the future"}));
+  EXPECT_EQ(book.count(), 0u);
+}
+
+TEST_F(BookCommands, BuildBooksBesideTheFolderThenLoadAndSave) {
+  EXPECT_EQ(commandBuildBooks("\"" + games + "\" 20", out), 3);
+  Lines lines = out.lines();
+  EXPECT_EQ(lines[0], "# reading file 1 of 2 : " + games + "/a.PGN");
+  EXPECT_EQ(lines[2], "# reading file 2 of 2 : " + games + "/b.pgn");
+  EXPECT_EQ(lines[lines.size() - 2], "# saving book " + games + ".sbk with 6 positions");
+  EXPECT_EQ(lines.back(), "# 3 games parsed!");
+
+  clsBook book;
+  commandLoadBook(book, "\"" + games + ".sbk\"", out);
+  EXPECT_EQ(out.lines(), (Lines{"# wait...\r#     loading 6 positions\r# 0%\r# 16%\r# 33%\r# 50%\r# 66%\r# 83%\r"
+                                "# ok  ",
+                                "# book " + games + ".sbk loaded with 6 positions"}));
+  commandSaveBook(book, folder.file("copy.sbk") + " 1", out);
+  EXPECT_EQ(out.lines(), (Lines{"# wait...\r# book " + folder.file("copy.sbk") + " saved"}));
+  commandLoadBook(book, folder.file("nothing.sbk"), out);
+  EXPECT_EQ(out.lines(), (Lines{"# wait...\r# error loading " + folder.file("nothing.sbk")}));
+  commandSaveBook(book, folder.file("no/dir.sbk"), out);
+  EXPECT_EQ(out.lines(), (Lines{"# wait...\r# error 2: No such file or directory",
+                                "# error saving " + folder.file("no/dir.sbk")}));
+}
+
+TEST_F(BookCommands, BuildBooksToANamedFileOrFromOneFile) {
+  commandBuildBooks("\"" + games + "\" " + folder.file("named") + " 1", out);
+  clsBook book;
+  EXPECT_TRUE(loadBook(book, folder.file("named.sbk"), 0, out));
+  EXPECT_EQ(book.count(), 2u);  // one ply a game: the positions after 1.d4 and 1.e4
+  commandBuildBooks("\"" + games + "/b.pgn\" 2", out);
+  clsBook fromFile;
+  EXPECT_TRUE(loadBook(fromFile, games + "/b.sbk", 0, out));
+  EXPECT_EQ(fromFile.count(), 3u);
+  commandBuildBooks(folder.file("nowhere") + " 2", out);
+  EXPECT_EQ(out.lines().back(), "# no .pgn files in " + folder.file("nowhere"));
+}
+
+TEST_F(BookCommands, MergeBooksAddsEveryBookOfTheFolder) {
+  const std::string books = folder.file("books");
+  std::filesystem::create_directories(books);
+  clsBook one, two;
+  one.add(BookRecord{10, 1, 0, 0});
+  one.add(BookRecord{20, 1, 0, 0});
+  two.add(BookRecord{20, 0, 1, 0});
+  ASSERT_TRUE(saveBook(one, books + "/one.sbk", 0, out));
+  ASSERT_TRUE(saveBook(two, books + "/two.sbk", 0, out));
+  out.lines();
+  commandMergeBooks(books + " " + books + "/all.sbk", out);
+  Lines lines = out.lines();
+  ASSERT_EQ(lines.size(), 7u);
+  EXPECT_EQ(lines[0], "#     loading 2 positions\r# 0%\r# 50%\r# ok  ");
+  EXPECT_EQ(lines[1], "# merging 2 positions from " + books + "/one.sbk");
+  EXPECT_EQ(lines[3], "# merging 1 positions from " + books + "/two.sbk");
+  EXPECT_EQ(lines[4], "# total positions 2");
+  EXPECT_EQ(lines[5], "# saving 2 positions in " + books + "/all.sbk");
+  EXPECT_EQ(lines[6], "# done");
+  clsBook all;
+  ASSERT_TRUE(loadBook(all, books + "/all.sbk", 0, out));
+  EXPECT_EQ(all.lookup(20)->wins + all.lookup(20)->losses, 2u);
+  out.lines();
+  commandMergeBooks(books + " " + books + "/all.sbk", out);  // the output book is not merged into itself
+  EXPECT_EQ(out.lines()[4], "# total positions 2");
+}
+
+TEST_F(BookCommands, ConvertedBooksAreTested) {
+  const std::string books = folder.file("cv");
+  std::filesystem::create_directories(books);
+  clsBook one;
+  one.add(BookRecord{10, 1, 2, 3});
+  ASSERT_TRUE(saveBook(one, books + "/one.sbk", 0, out));
+  out.lines();
+  commandCvBooks(books, out);
+  const Lines lines = out.lines();
+  EXPECT_EQ(lines.front(), "# reading book 1 of 1 : " + books + "/one.sbk");
+  EXPECT_EQ(lines.back(), "# ok");
+  EXPECT_EQ(bookTest::readBytes(books + "/one.sb2"), bookTest::readBytes(books + "/one.sbk"));
+}
+
+TEST_F(BookCommands, StartupBookComesFromTheOptionOrBesideTheProgram) {
+  clsBook book;
+  kobubase::clsOptions options;
+  loadStartupBook(book, options, folder.path().string(), out);
+  EXPECT_TRUE(out.lines().empty());
+  clsBook one;
+  one.add(BookRecord{10, 1, 2, 3});
+  ASSERT_TRUE(saveBook(one, folder.file("talvena.sbk"), 0, out));
+  out.lines();
+  loadStartupBook(book, options, folder.path().string(), out);
+  EXPECT_EQ(out.lines().back(), "# book " + folder.file("talvena.sbk") + " loaded with 1 positions");
+  options.set("book", folder.file("other.sbk"));
+  loadStartupBook(book, options, folder.path().string(), out);
+  EXPECT_EQ(out.lines(), (Lines{"# error loading " + folder.file("other.sbk")}));
+}

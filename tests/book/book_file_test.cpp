@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+
+#include "book_test_util.h"
+#include "chess/book/book.h"
+#include "chess/book/book_file.h"
+
+using namespace kbuChess;
+using bookTest::Bytes;
+
+namespace {
+
+Bytes header(std::uint32_t count) {
+  Bytes bytes{'K', 'B', 'U', 'B', 'K', 0, 1, 0, 0, 0};
+  for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<std::uint8_t>(count >> (8 * i)));
+  bytes.resize(46, 0);
+  return bytes;
+}
+
+const Bytes TRAILER{'*', 'E', 'N', 'D', '*', 0};
+
+// Three positions played 1, 2 and 100 times ((w + l + d) / 2 = 0, 1, 50).
+clsBook threeBook() {
+  clsBook book;
+  book.add(BookRecord{0x1111, 1, 0, 0});
+  book.add(BookRecord{0x2222, 1, 1, 1});
+  book.add(BookRecord{0x3333, 50, 25, 25});
+  return book;
+}
+
+class BookFile : public ::testing::Test {
+ protected:
+  bookTest::TempFolder folder;
+  bookTest::Quiet out;
+  std::string path = folder.file("book.sbk");
+};
+
+}  // namespace
+
+TEST_F(BookFile, EmptyBookIsFiftyTwoBytes) {
+  ASSERT_TRUE(saveBook(clsBook(), path, 0, out));
+  Bytes expected = header(0);
+  expected.insert(expected.end(), TRAILER.begin(), TRAILER.end());
+  EXPECT_EQ(bookTest::readBytes(path), expected);
+}
+
+TEST_F(BookFile, RecordsAreVarintsAndLittleEndianKeys) {
+  clsBook book;
+  book.add(BookRecord{0x0102030405060708ull, 200, 0, 1});
+  book.add(BookRecord{0xF1F2F3F4F5F6F7F8ull, 128, 300, 0});
+  ASSERT_TRUE(saveBook(book, path, 0, out));
+  Bytes expected = header(2);
+  for (std::uint8_t b : {0xC8, 0x01, 0x00, 0x01, 0x08, 0x07, 0x06, 0x05, 0x04, 0x03, 0x02, 0x01}) expected.push_back(b);
+  for (std::uint8_t b : {0x80, 0x01, 0xAC, 0x02, 0x00, 0xF8, 0xF7, 0xF6, 0xF5, 0xF4, 0xF3, 0xF2, 0xF1}) {
+    expected.push_back(b);
+  }
+  expected.insert(expected.end(), TRAILER.begin(), TRAILER.end());
+  EXPECT_EQ(bookTest::readBytes(path), expected);
+}
+
+TEST_F(BookFile, SaveLimitDropsRarePositionsAndRewritesTheCount) {
+  ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
+  EXPECT_EQ(bookTest::readBytes(path)[10], 3);
+  ASSERT_TRUE(saveBook(threeBook(), path, 1, out));
+  const Bytes bytes = bookTest::readBytes(path);
+  EXPECT_EQ(Bytes(bytes.begin() + 10, bytes.begin() + 14), (Bytes{2, 0, 0, 0}));
+  EXPECT_EQ(bytes.size(), 46u + 11 + 11 + 6);
+  clsBook loaded;
+  ASSERT_TRUE(loadBook(loaded, path, 0, out));
+  EXPECT_EQ(loaded.count(), 2u);
+  EXPECT_EQ(loaded.lookup(0x1111), nullptr);
+}
+
+TEST_F(BookFile, LoadLimitKeepsPositionsPlayedAtLeastThatOften) {
+  ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
+  for (auto [limit, kept] : {std::pair{0, 3u}, {1, 2u}, {2, 1u}, {50, 1u}, {51, 0u}}) {
+    clsBook loaded;
+    EXPECT_TRUE(loadBook(loaded, path, limit, out));
+    EXPECT_EQ(loaded.count(), kept) << "limit " << limit;
+  }
+}
+
+TEST_F(BookFile, SaveLoadSaveGivesTheSameFileAndPrintsProgress) {
+  ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
+  out.lines();
+  clsBook loaded;
+  ASSERT_TRUE(loadBook(loaded, path, 0, out));
+  EXPECT_EQ(out.lines(), (std::vector<std::string>{"#     loading 3 positions\r# 0%\r# 33%\r# 66%\r# ok  "}));
+  const std::string again = folder.file("again.sbk");
+  ASSERT_TRUE(saveBook(loaded, again, 0, out));
+  EXPECT_EQ(bookTest::readBytes(again), bookTest::readBytes(path));
+}
+
+TEST_F(BookFile, ForeignFilesAreRefusedAndTheBookKept) {
+  ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
+  const Bytes good = bookTest::readBytes(path);
+  clsBook book;
+  book.add(BookRecord{0x9999, 1, 1, 1});
+  Bytes badMagic = good;
+  badMagic[4] = 'X';
+  bookTest::writeBytes(path, badMagic);
+  EXPECT_FALSE(loadBook(book, path, 0, out));
+  Bytes badVersion = good;
+  badVersion[6] = 2;
+  bookTest::writeBytes(path, badVersion);
+  EXPECT_FALSE(loadBook(book, path, 0, out));
+  EXPECT_FALSE(loadBook(book, folder.file("missing.sbk"), 0, out));
+  EXPECT_EQ(book.count(), 1u);
+  EXPECT_TRUE(out.lines().empty());
+}
+
+TEST_F(BookFile, CutAtEveryLengthKeepsTheWholeRecordsRead) {
+  ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
+  const Bytes good = bookTest::readBytes(path);
+  const std::size_t recordEnds[] = {46 + 11, 46 + 22, 46 + 33};  // each record: 3 varint bytes and 8 key bytes
+  for (std::size_t length = 0; length <= good.size(); ++length) {
+    bookTest::writeBytes(path, Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length)));
+    clsBook book;
+    book.add(BookRecord{0x2222, 0, 0, 7});  // shares a key with the file
+    book.add(BookRecord{0x9999, 1, 1, 1});
+    const bool loaded = loadBook(book, path, 0, out);
+    EXPECT_EQ(loaded, length == good.size()) << length;
+    const std::size_t whole = static_cast<std::size_t>(std::count_if(
+        std::begin(recordEnds), std::end(recordEnds), [&](std::size_t end) { return length >= end; }));
+    const std::size_t newKeys = whole - (whole >= 2 ? 1 : 0);
+    EXPECT_EQ(book.count(), 2 + newKeys) << length;
+    EXPECT_TRUE(book.isSorted());
+    EXPECT_EQ(book.lookup(0x9999)->draws, 1u);
+    EXPECT_EQ(book.lookup(0x2222)->draws, whole >= 2 ? 8u : 7u) << length;
+  }
+  const std::vector<std::string> lines = out.lines();
+  EXPECT_EQ(lines[lines.size() - 2], "#     loading 3 positions\r# 0%\r# 33%\r# 66%\r# book " + path + " has no end mark");
+}
+
+TEST_F(BookFile, UnwritableFileReportsTheSystemError) {
+  EXPECT_FALSE(saveBook(threeBook(), folder.file("no/such/folder.sbk"), 0, out));
+  EXPECT_EQ(out.lines(), (std::vector<std::string>{"# error 2: No such file or directory"}));
+}

@@ -1,0 +1,152 @@
+// Our PGN reader against pgn-extract, an independent reader from Debian: for
+// every game that pgn-extract writes out, we must read the same moves.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include "book_test_util.h"
+#include "chess/book/book.h"
+#include "chess/book/book_commands.h"
+#include "chess/book/book_file.h"
+#include "chess/book/pgn_file.h"
+
+using namespace kbuChess;
+
+namespace {
+
+std::string commandOutput(const std::string& command) {
+  std::string text;
+  if (std::FILE* pipe = ::popen(command.c_str(), "r")) {
+    char buffer[4096];
+    std::size_t got;
+    while ((got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) text.append(buffer, got);
+    ::pclose(pipe);
+  }
+  return text;
+}
+
+// The pgn-extract program, installed with apt-get when missing; empty when unavailable.
+std::string pgnExtract() {
+  static const std::string found = [] {
+    for (int attempt = 0; attempt < 2; ++attempt) {
+      for (const char* path : {"/usr/games/pgn-extract", "/usr/bin/pgn-extract"}) {
+        if (::access(path, X_OK) == 0) return std::string(path);
+      }
+      if (attempt == 0 && ::geteuid() == 0) {
+        std::system("apt-get install -y pgn-extract > /dev/null 2>&1");
+      }
+    }
+    return std::string();
+  }();
+  return found;
+}
+
+std::string ecoFile() {
+  std::istringstream files(commandOutput("dpkg -L pgn-extract 2>/dev/null"));
+  for (std::string line; std::getline(files, line);) {
+    if (line.size() >= 8 && line.substr(line.size() - 8) == "/eco.pgn") return line;
+  }
+  return "";
+}
+
+// One text per game: its moves in coordinate form, e.g. "e2e4 e7e5 e7e8q".
+std::vector<std::string> referenceGames(const std::string& pgn, const bookTest::TempFolder& folder) {
+  const std::string out = folder.file("reference.txt");
+  std::system((pgnExtract() + " -s -Wuci --notags -C -V -N --noresults -w100000 -o " + out + " " + pgn +
+               " > /dev/null 2>&1").c_str());
+  std::vector<std::string> games;
+  std::istringstream lines(bookTest::readText(out));
+  for (std::string line; std::getline(lines, line);) {
+    while (!line.empty() && line.back() == ' ') line.pop_back();
+    if (line.empty()) continue;
+    // Promotions come as e7e8Q: the letter is made lower case as ours.
+    for (std::size_t i = 4; i < line.size(); ++i) {
+      if (line[i] != ' ' && (i + 1 == line.size() || line[i + 1] == ' ')) line[i] = static_cast<char>(std::tolower(line[i]));
+    }
+    games.push_back(line);
+  }
+  return games;
+}
+
+std::vector<std::string> ourGames(const std::string& pgn, kobubase::clsOutBuffer& out) {
+  std::vector<std::string> games;
+  clsPGNFile reader(out, 100000);
+  reader.gameObserver = [&](std::uint64_t, const std::vector<Move>& moves, PgnResult) {
+    std::string text;
+    for (const Move& move : moves) {
+      std::string coordinate = clsBoard::moveText(&move, false);
+      if (coordinate.size() == 6) coordinate.erase(4, 1);  // e7e8=q as e7e8q
+      text += (text.empty() ? "" : " ") + coordinate;
+    }
+    games.push_back(text);
+  };
+  EXPECT_TRUE(reader.readFile(pgn));
+  return games;
+}
+
+void expectSameGames(const std::string& pgn) {
+  bookTest::TempFolder folder;
+  bookTest::Quiet out;
+  const std::vector<std::string> reference = referenceGames(pgn, folder);
+  const std::vector<std::string> ours = ourGames(pgn, out);
+  ASSERT_FALSE(reference.empty());
+  ASSERT_EQ(ours.size(), reference.size()) << pgn;
+  for (std::size_t i = 0; i < ours.size(); ++i) ASSERT_EQ(ours[i], reference[i]) << "game " << i + 1 << " of " << pgn;
+  for (const std::string& line : out.lines()) EXPECT_EQ(line.find("illegal"), std::string::npos) << line;
+}
+
+#define REQUIRE_PGN_EXTRACT()                                                        \
+  if (pgnExtract().empty() || ecoFile().empty()) {                                  \
+    GTEST_SKIP() << "pgn-extract is not installed and could not be installed";      \
+  }
+
+}  // namespace
+
+TEST(PgnExtract, SameMovesOnTheEcoFile) {
+  REQUIRE_PGN_EXTRACT();
+  expectSameGames(ecoFile());
+}
+
+// TALVENA_COMPARE_GAMES=20000 compares the whole file (a few seconds).
+TEST(PgnExtract, SameMovesOnThreeThousandSelfPlayGames) {
+  REQUIRE_PGN_EXTRACT();
+  const char* wanted = std::getenv("TALVENA_COMPARE_GAMES");
+  const int limit = wanted != nullptr ? std::atoi(wanted) : 3000;
+  std::ifstream in(SELFPLAY_PGN);
+  if (!in) GTEST_SKIP() << "no " << SELFPLAY_PGN;
+  bookTest::TempFolder folder;
+  const std::string part = folder.file("part.pgn");
+  std::ofstream partFile(part);
+  int games = 0;
+  for (std::string line; std::getline(in, line);) {
+    if (line.rfind("[Event ", 0) == 0 && ++games > limit) break;
+    partFile << line << '\n';
+  }
+  partFile.close();
+  expectSameGames(part);
+}
+
+TEST(PgnExtract, EcoBookGivesMovesFromTheStart) {
+  REQUIRE_PGN_EXTRACT();
+  bookTest::TempFolder folder;
+  bookTest::Quiet out;
+  const std::string target = folder.file("eco.sbk");
+  const std::string eco = ecoFile();
+  commandBuildBooks(std::string(1, '"').append(eco).append("\" \"").append(target).append("\" 20"), out);
+  clsBook book;
+  ASSERT_TRUE(loadBook(book, target, 0, out));
+  EXPECT_GT(book.count(), 1000u);
+  clsEngine engine;
+  engine.output().setEcho(false);
+  std::vector<clsBookEntryExt> candidates;
+  ASSERT_GE(book.listCandidates(engine, candidates), 10);
+  EXPECT_TRUE(book.bookMove(engine));
+  out.lines();
+  commandBk(book, engine, out);
+  const std::string expected = std::string(" best book move: ").append(candidates.back().move).append("\n\n");
+  EXPECT_EQ(out.lines(), (std::vector<std::string>{expected}));
+}

@@ -51,8 +51,10 @@ bool clsThread::start() {
     thread_ = std::thread(&clsThread::entry, this);
   } catch (...) {
     running_.store(0);
+    return false;
   }
-  return running_.load() != 0;
+  // Started: the run may already have ended, which is still a successful start.
+  return true;
 }
 
 void clsThread::entry() {

@@ -55,7 +55,8 @@ class clsThread {
   clsThread(const clsThread&) = delete;
   clsThread& operator=(const clsThread&) = delete;
 
-  // Starts run() on a new thread unless one is running; returns whether it runs.
+  // Starts run() on a new thread unless one is running; returns whether it was
+  // started (or was running already).
   virtual bool start();
   // Joins a started thread; false when it was never started or already joined.
   virtual bool wait();

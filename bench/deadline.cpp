@@ -1,0 +1,206 @@
+// How punctual is the engine? Starts the talvena binary over pipes and
+// measures, for many short searches, how long after its deadline the "move"
+// line arrives (the deadline is read from the budget line the engine prints
+// when it starts thinking), and how fast "?" and "quit" take effect during a
+// deep search. Prints median, 90th percentile and worst of each.
+//
+//   deadline /path/to/talvena [rounds]
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/thread.h"
+
+extern char** environ;
+
+namespace {
+
+using kobubase::nowMs;
+
+// The engine behind two pipes; every read has a deadline.
+class Child {
+ public:
+  explicit Child(const std::string& path) {
+    int in[2], out[2];
+    if (pipe(in) != 0 || pipe(out) != 0) return;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, in[0], 0);
+    posix_spawn_file_actions_adddup2(&actions, out[1], 1);
+    posix_spawn_file_actions_addclose(&actions, in[1]);
+    posix_spawn_file_actions_addclose(&actions, out[0]);
+    std::string name = path;
+    char* argv[] = {name.data(), nullptr};
+    if (posix_spawn(&pid_, path.c_str(), &actions, nullptr, argv, environ) != 0) pid_ = -1;
+    posix_spawn_file_actions_destroy(&actions);
+    close(in[0]);
+    close(out[1]);
+    to_ = in[1];
+    from_ = out[0];
+  }
+  ~Child() {
+    if (to_ >= 0) close(to_);
+    if (pid_ > 0) {
+      const std::int64_t end = nowMs() + 3000;
+      int status;
+      while (waitpid(pid_, &status, WNOHANG) == 0) {
+        if (nowMs() > end) {
+          kill(pid_, SIGKILL);
+          waitpid(pid_, &status, 0);
+          break;
+        }
+        kobubase::sleepMs(2);
+      }
+    }
+    if (from_ >= 0) close(from_);
+  }
+  bool ok() const { return pid_ > 0; }
+  void send(const std::string& line) {
+    const std::string bytes = line + "\n";
+    if (write(to_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) std::fprintf(stderr, "write failed\n");
+  }
+  // Reads until a line begins with prefix; the line and its arrival time.
+  std::optional<std::string> waitFor(const std::string& prefix, int timeoutMs, std::int64_t& arrival) {
+    const std::int64_t deadline = nowMs() + timeoutMs;
+    for (;;) {
+      for (std::size_t end; (end = buffer_.find('\n')) != std::string::npos;) {
+        std::string line = buffer_.substr(0, end);
+        buffer_.erase(0, end + 1);
+        if (line.rfind(prefix, 0) == 0) {
+          arrival = stamp_;
+          return line;
+        }
+      }
+      const std::int64_t left = deadline - nowMs();
+      if (left <= 0) return std::nullopt;
+      pollfd pfd{from_, POLLIN, 0};
+      if (poll(&pfd, 1, static_cast<int>(left)) <= 0) continue;
+      char chunk[4096];
+      const ssize_t n = read(from_, chunk, sizeof chunk);
+      if (n <= 0) return std::nullopt;
+      stamp_ = nowMs();
+      buffer_.append(chunk, static_cast<std::size_t>(n));
+    }
+  }
+
+ private:
+  pid_t pid_ = -1;
+  int to_ = -1;
+  int from_ = -1;
+  std::string buffer_;
+  std::int64_t stamp_ = 0;
+};
+
+const char* const Positions[] = {
+    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
+    "r1bqkb1r/pppp1ppp/2n2n2/4p3/2B1P3/5N2/PPPP1PPP/RNBQK2R w KQkq - 4 4",
+    "r2q1rk1/pp2bppp/2n1pn2/3p4/3P4/2NBPN2/PP3PPP/R2Q1RK1 b - - 0 10",
+    "2rq1rk1/pb1nbppp/1p2pn2/2pp4/2PP4/1PN1PN2/PB2BPPP/2RQ1RK1 w - - 0 12",
+    "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+};
+
+void report(const char* what, std::vector<std::int64_t> values) {
+  if (values.empty()) {
+    std::printf("%-34s no samples\n", what);
+    return;
+  }
+  std::sort(values.begin(), values.end());
+  const std::size_t n = values.size();
+  std::printf("%-34s n=%3zu  median %4lld ms  p90 %4lld ms  worst %4lld ms\n", what, n,
+              static_cast<long long>(values[n / 2]), static_cast<long long>(values[(n * 9) / 10 < n ? (n * 9) / 10 : n - 1]),
+              static_cast<long long>(values.back()));
+}
+
+// One timed search; how far after its deadline the move came (negative: early).
+std::optional<std::int64_t> lateness(Child& engine, const char* fen, int centiseconds) {
+  engine.send("force");
+  engine.send(std::string("setboard ") + fen);
+  engine.send("level 0 0:05 0");
+  engine.send("time " + std::to_string(centiseconds));
+  engine.send("go");
+  std::int64_t started = 0, moved = 0;
+  const std::optional<std::string> budgetLine = engine.waitFor("# moves ", 5000, started);
+  if (!budgetLine) return std::nullopt;
+  const std::size_t time = budgetLine->find(" - time ");
+  if (time == std::string::npos) return std::nullopt;
+  const std::int64_t budget = std::atoll(budgetLine->c_str() + time + 8);
+  if (!engine.waitFor("move ", 10000 + static_cast<int>(budget), moved)) return std::nullopt;
+  return moved - (started + budget);
+}
+
+// Starts a deep search, waits, sends the command; ms until the expected line.
+std::optional<std::int64_t> commandLatency(Child& engine, const char* fen, const char* command, const char* answer) {
+  engine.send("force");
+  engine.send(std::string("setboard ") + fen);
+  engine.send("level 0 60 0");
+  engine.send("go");
+  std::int64_t at = 0;
+  if (!engine.waitFor("# moves ", 5000, at)) return std::nullopt;
+  kobubase::sleepMs(300);
+  const std::int64_t sent = nowMs();
+  engine.send(command);
+  if (!engine.waitFor(answer, 5000, at)) return std::nullopt;
+  return at - sent;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    std::fprintf(stderr, "usage: deadline /path/to/talvena [rounds]\n");
+    return 2;
+  }
+  signal(SIGPIPE, SIG_IGN);
+  const std::string path = argv[1];
+  const int rounds = argc > 2 ? std::atoi(argv[2]) : 60;
+  std::vector<std::int64_t> late, early, stops, quits;
+  int failures = 0;
+  {
+    Child engine(path);
+    if (!engine.ok()) {
+      std::fprintf(stderr, "cannot start %s\n", path.c_str());
+      return 1;
+    }
+    engine.send("xboard");
+    engine.send("protover 2");
+    const int clocks[] = {30, 60, 150, 300, 1000};  // centiseconds: budgets 7, 13, 36, 73, 248 ms
+    for (int round = 0; round < rounds; ++round) {
+      const char* fen = Positions[round % std::size(Positions)];
+      const std::optional<std::int64_t> ms = lateness(engine, fen, clocks[(round / 5) % std::size(clocks)]);
+      if (!ms) {
+        ++failures;
+      } else {
+        (*ms >= 0 ? late : early).push_back(*ms >= 0 ? *ms : -*ms);
+      }
+    }
+    for (int round = 0; round < 10; ++round) {
+      const std::optional<std::int64_t> ms = commandLatency(engine, Positions[round % std::size(Positions)], "?", "move ");
+      ms ? stops.push_back(*ms) : void(++failures);
+    }
+  }
+  for (int round = 0; round < 5; ++round) {
+    Child engine(path);
+    const std::optional<std::int64_t> ms = commandLatency(engine, Positions[round % std::size(Positions)], "quit", "# end");
+    ms ? quits.push_back(*ms) : void(++failures);
+  }
+  std::printf("deadline and command latency of %s\n", path.c_str());
+  report("move after its deadline", late);
+  report("move before its deadline (early)", early);
+  report("\"?\" until the move line", stops);
+  report("\"quit\" until \"# end\"", quits);
+  std::printf("failures (no budget or no move): %d\n", failures);
+  const bool punctual = (late.empty() || late.back() <= 20) && (stops.empty() || stops.back() <= 20) &&
+                        (quits.empty() || quits.back() <= 20);
+  std::printf("target (every figure within 20 ms): %s\n", punctual ? "met" : "missed");
+  return failures == 0 ? 0 : 1;
+}

@@ -1,0 +1,187 @@
+#pragma once
+// clsTalvena is the program: the one driver object that owns the engine, the
+// book and the state of the xboard dialogue. Its thread runs the main routine
+// (banner, optional tournament, then the polling loop); every input line is
+// split into a command word and the rest and handed to dispatch(), which only
+// the driver thread calls. All output goes through the clsOutBuffer base.
+//
+// Sources: talvena.cpp (construction, main routine, loop, think),
+// dispatch.cpp (the command table and the xboard commands),
+// maintenance.cpp (backslash commands), epd_test.cpp (the EPD test run).
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/options.h"
+#include "base/output.h"
+#include "base/stdin_thread.h"
+#include "base/thread.h"
+#include "chess/book/book.h"
+#include "chess/driver/time_control.h"
+#include "chess/engine/engine.h"
+#include "chess/engine/engine_share.h"
+
+namespace kbuChess {
+
+// The dispatcher's answers.
+enum CommandResult : int { CMD_HANDLED = 0, CMD_ILLEGAL_MOVE = 1, CMD_IGNORED = 2, CMD_PRINTED = 3, CMD_QUIT = 4 };
+
+// Who the engine plays for. The loop lets the engine move in modes 2 to 5.
+enum PlayMode : int { MODE_FORCE = 0, MODE_ENGINE_WHITE = 2, MODE_ENGINE_BLACK = 3, MODE_EPD_TEST = 5 };
+
+// The state of the xboard dialogue.
+struct ProtocolState {
+  int playMode = MODE_FORCE;
+  int depthLimit = 128;  // "sd"; 128 means no limit
+  TimeControl level;
+  std::int64_t engineTimeMs = 300000;
+  std::int64_t opponentTimeMs = 300000;
+  int periodMoves = 0;  // moves the engine made in the current period
+  std::int64_t searchStartMs = 0;
+  std::int64_t deadlineMs = 0;
+  std::int64_t lastThinkingMs = 0;
+  bool awaitingMove = false;  // a search was started and its move not yet taken
+  bool hard = false;
+  bool post = false;
+  bool debugDisplay = false;
+  std::string pendingPing;
+  std::string ics;
+  std::vector<std::string> undoStack;
+  std::string currentFen;
+};
+
+// One EPD test run ("\epd"): the positions still to test and the score so far.
+struct EpdRun {
+  std::vector<std::string> lines;
+  std::size_t next = 0;
+  int solved = 0;
+  int tested = 0;
+};
+
+class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
+ public:
+  static constexpr const char* NAME = "Talvena";
+  static constexpr const char* VERSION = "3.0.23";
+  static constexpr std::int64_t INITIAL_CLOCK_MS = 300000;
+  // Perft beyond this depth would run for ages and, past the frame stack, be unsafe.
+  static constexpr int PERFT_MAX_DEPTH = 20;
+
+  explicit clsTalvena(const kobubase::clsOptions& options);
+  ~clsTalvena() override;
+
+  // Splits a line at its first blank, logs it and dispatches it.
+  int execute(const std::string& line);
+  int dispatch(const std::string& word, const std::string& rest);
+  // One pass of the loop without input: collects a finished search, applies
+  // the deadline, prints the periodic thinking line.
+  void serviceEngine();
+  // True while a search runs or its move has not been played yet.
+  bool thinking() { return engine_.searching() || state_.awaitingMove; }
+
+  clsEngine& engine() { return engine_; }
+  const ProtocolState& state() const { return state_; }
+  const std::string& logPath() const { return logPath_; }
+
+ protected:
+  void run() override;
+
+ private:
+  using Handler = int (clsTalvena::*)(const std::string& rest);
+  struct Command {
+    const char* word;
+    Handler handler;
+  };
+  static const Command COMMANDS[];
+
+  // --- talvena.cpp: main routine, loop, think
+  void printBanner();
+  void runLoop();
+  void think();
+  void collectMove(std::int64_t now);
+  bool takeBestMove(Move& move);
+  void playEngineMove(const Move& move, std::int64_t now);
+  void printThinking(std::int64_t now);
+  void pong();
+  // Stops a running search and forgets its move.
+  void haltSearch();
+  void logCommand(const std::string& word, const std::string& rest);
+  void setPosition(const std::string& fen);
+  bool validPosition() const;
+
+  // --- dispatch.cpp: moves and xboard commands
+  int userMove(const std::string& word, const std::string& moveText);
+  int cmdXboard(const std::string& rest);
+  int cmdStop(const std::string& rest);
+  int cmdProtover(const std::string& rest);
+  int cmdPing(const std::string& rest);
+  int cmdNothing(const std::string& rest);
+  int cmdIgnored(const std::string& rest);
+  int cmdNew(const std::string& rest);
+  int cmdQuit(const std::string& rest);
+  int cmdForce(const std::string& rest);
+  int cmdGo(const std::string& rest);
+  int cmdWhite(const std::string& rest);
+  int cmdBlack(const std::string& rest);
+  int cmdLevel(const std::string& rest);
+  int cmdDepth(const std::string& rest);
+  int cmdTime(const std::string& rest);
+  int cmdOtim(const std::string& rest);
+  int cmdResult(const std::string& rest);
+  int cmdSetboard(const std::string& rest);
+  int cmdIcs(const std::string& rest);
+  int cmdBk(const std::string& rest);
+  int cmdUndo(const std::string& rest);
+  int cmdEasy(const std::string& rest);
+  int cmdHard(const std::string& rest);
+  int cmdPost(const std::string& rest);
+  int cmdNopost(const std::string& rest);
+  int cmdName(const std::string& rest);
+  int cmdRating(const std::string& rest);
+  int cmdComputer(const std::string& rest);
+  int cmdMemory(const std::string& rest);
+  int cmdOption(const std::string& rest);
+  int cmdCores(const std::string& rest);
+  int cmdPerft(const std::string& rest);
+  int cmdDivide(const std::string& rest);
+  int runPerft(const std::string& rest, bool divide);
+
+  // --- maintenance.cpp: backslash commands
+  int cmdDebugBoard(const std::string& rest);
+  int cmdDbg(const std::string& rest);
+  int cmdLoadSoul(const std::string& rest);
+  int cmdSoul(const std::string& rest);
+  int cmdMoves(const std::string& rest);
+  int cmdTourney(const std::string& rest);
+  int cmdLoadBook(const std::string& rest);
+  int cmdSaveBook(const std::string& rest);
+  int cmdListBook(const std::string& rest);
+  int cmdMergeBooks(const std::string& rest);
+  int cmdBuildBooks(const std::string& rest);
+  int cmdCvBooks(const std::string& rest);
+  int cmdLearn(const std::string& rest);
+  int cmdLearnt(const std::string& rest);
+  int cmdPlay(const std::string& rest);
+  int cmdConsole(const std::string& rest);
+  void printMoveList();
+  // A preset name, a soul text NAME=v1 ... or a file whose first line is one.
+  void loadSoul(const std::string& text);
+
+  // --- epd_test.cpp
+  int cmdEpd(const std::string& rest);
+  void startNextEpdPosition();
+  void scoreEpdMove(const Move& move);
+
+  kobubase::clsOptions options_;
+  std::string logPath_;
+  std::FILE* logFile_ = nullptr;
+  clsEngineShare share_;
+  clsEngine engine_;
+  clsBook book_;
+  ProtocolState state_;
+  EpdRun epd_;
+  std::unique_ptr<kobubase::clsStdInThread> reader_;
+};
+
+}  // namespace kbuChess

@@ -1,0 +1,33 @@
+#pragma once
+// The clock arithmetic of the xboard dialogue: reading numbers the way the
+// protocol sends them, the "level" command, and the share of the remaining
+// time that one search may use. Pure functions, so they are tested alone.
+#include <cstdint>
+#include <string_view>
+
+namespace kbuChess {
+
+// The level of play: moves per period (0: the whole game), base time and
+// increment in milliseconds.
+struct TimeControl {
+  std::int64_t movesPerPeriod = 0;
+  std::int64_t baseMs = 0;
+  std::int64_t incrementMs = 0;
+};
+
+// Leading blanks, an optional sign, then decimal digits up to the first
+// non-digit; no digits read as 0, like the C library's conversion.
+std::int64_t readInteger(std::string_view text);
+// The blank-separated word number `index` (from 0), or "" when there is none.
+std::string_view wordAt(std::string_view text, int index);
+
+// "MPS BASE INC": BASE in minutes or minutes:seconds, INC in seconds (a
+// fraction such as 0.5 is honoured, since some interfaces send one).
+TimeControl parseLevel(std::string_view args);
+
+// The time one search may take: the remaining time, less a 50 ms safety
+// margin when more than 100 ms are left, shared among the moves still to
+// play in the period plus two, or among 40 moves when the game has one period.
+std::int64_t thinkBudget(std::int64_t remainingMs, std::int64_t movesPerPeriod, std::int64_t periodMoves);
+
+}  // namespace kbuChess

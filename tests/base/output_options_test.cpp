@@ -1,0 +1,105 @@
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+#include <thread>
+
+#include "base/options.h"
+#include "base/output.h"
+
+namespace {
+
+using kobubase::clsOptions;
+using kobubase::clsOutBuffer;
+using kobubase::clsTSafeOutput;
+
+TEST(OutBufferTest, KeepsPartialTextUntilLineEnd) {
+  clsOutBuffer out;
+  out.setEcho(false);
+  out.setKeep(true);
+  out.print("# wait...", false);
+  out.print("\r", false);
+  std::string line;
+  EXPECT_FALSE(out.takeLine(line));
+  out.print("done");
+  out.print("pong 7");
+  ASSERT_TRUE(out.takeLine(line));
+  EXPECT_EQ(line, "# wait...\rdone");
+  ASSERT_TRUE(out.takeLine(line));
+  EXPECT_EQ(line, "pong 7");
+  EXPECT_FALSE(out.takeLine(line));
+}
+
+// Empties the capture without filling the test log: flush with stdout on /dev/null.
+void discardCaptured() {
+  std::fflush(stdout);
+  const int saved = dup(1);
+  const int null = open("/dev/null", O_WRONLY);
+  dup2(null, 1);
+  clsTSafeOutput::instance().flush();
+  dup2(saved, 1);
+  close(null);
+  close(saved);
+}
+
+TEST(OutBufferTest, TwoThreadsWriteWholeLines) {
+  clsTSafeOutput& output = clsTSafeOutput::instance();
+  output.setCapture(true);
+  clsOutBuffer first, second;
+  first.setKeep(true);
+  second.setKeep(true);
+  const std::string a = "# first writer says something long enough to be torn apart";
+  const std::string b = "move e2e4";
+  constexpr int Lines = 2000;
+  std::thread one([&] {
+    for (int i = 0; i < Lines; ++i) first.print(a);
+  });
+  std::thread two([&] {
+    for (int i = 0; i < Lines; ++i) second.print(b);
+  });
+  one.join();
+  two.join();
+  const std::vector<std::string> lines = output.captured();
+  output.setCapture(false);
+  discardCaptured();
+  ASSERT_EQ(lines.size(), 2u * Lines + 1);  // a new empty line follows every line end
+  int countA = 0, countB = 0;
+  for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
+    ASSERT_TRUE(lines[i] == a || lines[i] == b) << lines[i];
+    (lines[i] == a ? countA : countB)++;
+  }
+  EXPECT_EQ(countA, Lines);
+  EXPECT_EQ(countB, Lines);
+  EXPECT_EQ(first.takeAll().size(), static_cast<std::size_t>(Lines));
+}
+
+TEST(OptionsTest, SplitsAtFirstEqualsAndKeepsNamesAsTyped) {
+  const char* argv[] = {"talvena", "x=y=z", "memory=64", "-memory=8", "-random", "-log="};
+  const clsOptions options(6, argv);
+  EXPECT_EQ(options.size(), 5u);
+  EXPECT_EQ(options.get("x"), "y=z");
+  EXPECT_EQ(options.get("memory"), "64");
+  EXPECT_EQ(options.get("-memory"), "8");
+  EXPECT_TRUE(options.has("-random"));
+  EXPECT_EQ(options.get("-random"), "");
+  EXPECT_TRUE(options.has("-log"));
+  EXPECT_FALSE(options.has("talvena"));
+  EXPECT_FALSE(options.has("soul"));
+  EXPECT_EQ(options.get("soul"), "");
+}
+
+TEST(OptionsTest, SetReplacesOrAppends) {
+  clsOptions options;
+  options.setPair("cores=2");
+  options.setPair("book=a=b.sbk");
+  options.set("cores", "4");
+  EXPECT_EQ(options.size(), 2u);
+  EXPECT_EQ(options.get("cores"), "4");
+  EXPECT_EQ(options.get("book"), "a=b.sbk");
+  EXPECT_EQ(options.pairs().front().first, "cores");
+}
+
+}  // namespace

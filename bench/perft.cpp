@@ -4,49 +4,10 @@
 // --quick runs each position one ply shallower than the full run.
 #include <chrono>
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
-#include <vector>
 
+#include "bench/perft_data.h"
 #include "chess/board/board.h"
-
-namespace {
-
-struct Case {
-  std::string name, fen;
-  std::vector<std::pair<int, unsigned long long>> counts;
-};
-
-std::string trim(const std::string& s) {
-  const auto b = s.find_first_not_of(' '), e = s.find_last_not_of(' ');
-  return b == std::string::npos ? std::string() : s.substr(b, e - b + 1);
-}
-
-std::vector<Case> readCases(const std::string& path) {
-  std::vector<Case> cases;
-  std::ifstream in(path);
-  for (std::string line; std::getline(in, line);) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream fields(line);
-    Case c;
-    std::string counts;
-    std::getline(fields, c.name, '|');
-    std::getline(fields, c.fen, '|');
-    std::getline(fields, counts);
-    c.name = trim(c.name);
-    c.fen = trim(c.fen);
-    std::istringstream items(counts);
-    for (std::string item; items >> item;) {
-      const auto colon = item.find(':');
-      c.counts.emplace_back(std::stoi(item.substr(0, colon)), std::stoull(item.substr(colon + 1)));
-    }
-    if (!c.counts.empty()) cases.push_back(c);
-  }
-  return cases;
-}
-
-}  // namespace
 
 int main(int argc, char** argv) {
   bool quick = false;
@@ -56,7 +17,7 @@ int main(int argc, char** argv) {
     if (arg == "--quick") quick = true;
     else path = arg;
   }
-  const auto cases = readCases(path);
+  const auto cases = readPerftCases(path);
   if (cases.empty()) {
     std::fprintf(stderr, "no positions in %s\n", path.c_str());
     return 2;

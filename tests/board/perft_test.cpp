@@ -1,44 +1,20 @@
-#include <fstream>
-#include <sstream>
-
+#include "bench/perft_data.h"
 #include "tests/board/board_fixture.h"
 
 namespace kbuChess::testing {
 namespace {
 
-struct PerftCase {
-  std::string name, fen;
-  std::vector<unsigned long long> counts;  // depth 1 upward
-};
-
-// The benchmark's data file: "name | FEN | 1:N 2:N ...".
-std::vector<PerftCase> perftCases() {
-  std::vector<PerftCase> cases;
-  std::ifstream in(PERFT_DATA);
-  for (std::string line; std::getline(in, line);) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream fields(line);
-    PerftCase c;
-    std::string counts;
-    std::getline(fields, c.name, '|');
-    std::getline(fields, c.fen, '|');
-    std::getline(fields, counts);
-    std::istringstream items(counts);
-    for (std::string item; items >> item;) c.counts.push_back(std::stoull(item.substr(item.find(':') + 1)));
-    cases.push_back(c);
-  }
-  return cases;
-}
-
 using PerftTest = BoardTest;
 
 TEST_F(PerftTest, SixPositionsToDepthFour) {
-  const auto cases = perftCases();
+  const auto cases = readPerftCases(PERFT_DATA);
   ASSERT_EQ(cases.size(), 6u);
   for (const auto& c : cases) {
     board.readFEN(c.fen);
-    for (int depth = 1; depth <= 4; ++depth)
-      EXPECT_EQ(board.perft(depth, false), c.counts[static_cast<std::size_t>(depth - 1)]) << c.name << " " << depth;
+    for (const auto& [depth, count] : c.counts) {
+      if (depth > 4) break;
+      EXPECT_EQ(board.perft(depth, false), count) << c.name << " " << depth;
+    }
   }
 }
 

@@ -128,15 +128,15 @@ TEST_F(BookCommands, ConvertedBooksAreTested) {
 TEST_F(BookCommands, StartupBookComesFromTheOptionOrBesideTheProgram) {
   clsBook book;
   kobubase::clsOptions options;
-  loadStartupBook(book, options, folder.path().string(), out);
+  loadStartupBook(book, options, folder.path.string(), out);
   EXPECT_TRUE(out.lines().empty());
   clsBook one;
   one.add(BookRecord{10, 1, 2, 3});
   ASSERT_TRUE(saveBook(one, folder.file("talvena.sbk"), 0, out));
   out.lines();
-  loadStartupBook(book, options, folder.path().string(), out);
+  loadStartupBook(book, options, folder.path.string(), out);
   EXPECT_EQ(out.lines().back(), "# book " + folder.file("talvena.sbk") + " loaded with 1 positions");
   options.set("book", folder.file("other.sbk"));
-  loadStartupBook(book, options, folder.path().string(), out);
+  loadStartupBook(book, options, folder.path.string(), out);
   EXPECT_EQ(out.lines(), (Lines{"# error loading " + folder.file("other.sbk")}));
 }

@@ -49,15 +49,13 @@ TEST_F(BookFile, RecordsAreVarintsAndLittleEndianKeys) {
   book.add(BookRecord{0xF1F2F3F4F5F6F7F8ull, 128, 300, 0});
   ASSERT_TRUE(saveBook(book, path, 0, out));
   Bytes expected = header(2);
-  for (std::uint8_t b : {0xC8, 0x01, 0x00, 0x01, 0x08, 0x07, 0x06, 0x05, 0x04, 0x03, 0x02, 0x01}) expected.push_back(b);
-  for (std::uint8_t b : {0x80, 0x01, 0xAC, 0x02, 0x00, 0xF8, 0xF7, 0xF6, 0xF5, 0xF4, 0xF3, 0xF2, 0xF1}) {
-    expected.push_back(b);
-  }
+  expected.insert(expected.end(), {0xC8, 0x01, 0x00, 0x01, 0x08, 0x07, 0x06, 0x05, 0x04, 0x03, 0x02, 0x01,  //
+                                   0x80, 0x01, 0xAC, 0x02, 0x00, 0xF8, 0xF7, 0xF6, 0xF5, 0xF4, 0xF3, 0xF2, 0xF1});
   expected.insert(expected.end(), TRAILER.begin(), TRAILER.end());
   EXPECT_EQ(bookTest::readBytes(path), expected);
 }
 
-TEST_F(BookFile, SaveLimitDropsRarePositionsAndRewritesTheCount) {
+TEST_F(BookFile, SaveAndLoadLimitsDropRarePositionsAndRewriteTheCount) {
   ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
   EXPECT_EQ(bookTest::readBytes(path)[10], 3);
   ASSERT_TRUE(saveBook(threeBook(), path, 1, out));
@@ -68,9 +66,7 @@ TEST_F(BookFile, SaveLimitDropsRarePositionsAndRewritesTheCount) {
   ASSERT_TRUE(loadBook(loaded, path, 0, out));
   EXPECT_EQ(loaded.count(), 2u);
   EXPECT_EQ(loaded.lookup(0x1111), nullptr);
-}
-
-TEST_F(BookFile, LoadLimitKeepsPositionsPlayedAtLeastThatOften) {
+  // Loading with a limit keeps the positions played at least that often.
   ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
   for (auto [limit, kept] : {std::pair{0, 3u}, {1, 2u}, {2, 1u}, {50, 1u}, {51, 0u}}) {
     clsBook loaded;
@@ -90,22 +86,22 @@ TEST_F(BookFile, SaveLoadSaveGivesTheSameFileAndPrintsProgress) {
   EXPECT_EQ(bookTest::readBytes(again), bookTest::readBytes(path));
 }
 
-TEST_F(BookFile, ForeignFilesAreRefusedAndTheBookKept) {
+TEST_F(BookFile, ForeignFilesAreRefusedAndTheBookKeptUnwritableOnesReported) {
   ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
   const Bytes good = bookTest::readBytes(path);
   clsBook book;
   book.add(BookRecord{0x9999, 1, 1, 1});
-  Bytes badMagic = good;
-  badMagic[4] = 'X';
-  bookTest::writeBytes(path, badMagic);
-  EXPECT_FALSE(loadBook(book, path, 0, out));
-  Bytes badVersion = good;
-  badVersion[6] = 2;
-  bookTest::writeBytes(path, badVersion);
-  EXPECT_FALSE(loadBook(book, path, 0, out));
+  for (auto [at, value] : {std::pair{4, 'X'}, {6, '\2'}}) {  // the magic word, the version
+    Bytes bad = good;
+    bad[at] = static_cast<std::uint8_t>(value);
+    bookTest::writeBytes(path, bad);
+    EXPECT_FALSE(loadBook(book, path, 0, out)) << at;
+  }
   EXPECT_FALSE(loadBook(book, folder.file("missing.sbk"), 0, out));
   EXPECT_EQ(book.count(), 1u);
   EXPECT_TRUE(out.lines().empty());
+  EXPECT_FALSE(saveBook(threeBook(), folder.file("no/such/folder.sbk"), 0, out));
+  EXPECT_EQ(out.lines(), (std::vector<std::string>{"# error 2: No such file or directory"}));
 }
 
 TEST_F(BookFile, CutAtEveryLengthKeepsTheWholeRecordsRead) {
@@ -129,9 +125,4 @@ TEST_F(BookFile, CutAtEveryLengthKeepsTheWholeRecordsRead) {
   }
   const std::vector<std::string> lines = out.lines();
   EXPECT_EQ(lines[lines.size() - 2], "#     loading 3 positions\r# 0%\r# 33%\r# 66%\r# book " + path + " has no end mark");
-}
-
-TEST_F(BookFile, UnwritableFileReportsTheSystemError) {
-  EXPECT_FALSE(saveBook(threeBook(), folder.file("no/such/folder.sbk"), 0, out));
-  EXPECT_EQ(out.lines(), (std::vector<std::string>{"# error 2: No such file or directory"}));
 }

@@ -50,12 +50,6 @@ TEST_F(PgnFile, CountsFollowTheSideToMoveOfEachPosition) {
   EXPECT_TRUE(out.lines().empty());
 }
 
-TEST_F(PgnFile, OnlyTheFirstMovesCountPliesAreStored) {
-  clsPGNFile reader(out, 2);
-  reader.readText("1. e4 e5 2. Nf3 Nc6 3. Bb5 a6 1/2-1/2");
-  EXPECT_EQ(reader.book().count(), 2u);
-}
-
 TEST_F(PgnFile, AnIllegalMoveKeepsThePliesBeforeItAndTheNextGame) {
   clsPGNFile reader(out, 20);
   reader.readText("1. e4 e5 2. Ke3 Nf6 1-0\n\n1. d4 1-0\n");
@@ -65,11 +59,12 @@ TEST_F(PgnFile, AnIllegalMoveKeepsThePliesBeforeItAndTheNextGame) {
   EXPECT_EQ(counts(reader.book(), keysAlong({"d2d4"})[0]), "0/1/0");
 }
 
-TEST_F(PgnFile, SetUpGamesAddNothing) {
-  clsPGNFile reader(out, 20);
-  reader.readText("[SetUp \"1\"]\n[FEN \"8/8/8/8/8/8/8/K1k5 w - - 0 1\"]\n1. Kb1 1-0\n");
-  EXPECT_EQ(reader.book().count(), 0u);
-  EXPECT_EQ(reader.games(), 1u);
+TEST_F(PgnFile, OnlyTheFirstPliesAndNoSetUpGamesAreStored) {
+  clsPGNFile reader(out, 2);
+  reader.readText("1. e4 e5 2. Nf3 Nc6 3. Bb5 a6 1/2-1/2\n"
+                  "[SetUp \"1\"]\n[FEN \"8/8/8/8/8/8/8/K1k5 w - - 0 1\"]\n1. Kb1 1-0\n");
+  EXPECT_EQ(reader.book().count(), 2u);
+  EXPECT_EQ(reader.games(), 2u);
 }
 
 TEST_F(PgnFile, FileReadingReportsProgressAndMissingFiles) {

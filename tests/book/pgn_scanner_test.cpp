@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <random>
 
 #include "chess/book/pgn_scanner.h"
@@ -9,30 +10,25 @@ using namespace kbuChess;
 namespace {
 
 // Writes every event as one short text: "start 1", "tag Result=1-0", "e4", "end 1-0", the problem line.
-class Recorder : public clsPGNListener {
- public:
+struct Recorder : clsPGNListener {
   std::vector<std::string> events;
-  std::size_t movesWanted = 1000;
+  std::size_t movesWanted = 1000, moves = 0;
 
   void onGameStart(std::uint64_t number) override {
     events.push_back("start " + std::to_string(number));
-    moves_ = 0;
+    moves = 0;
   }
   void onTag(std::string_view name, std::string_view value) override {
     events.push_back("tag " + std::string(name) + "=" + std::string(value));
   }
   bool onMove(std::string_view san) override {
     events.emplace_back(san);
-    return ++moves_ < movesWanted;
+    return ++moves < movesWanted;
   }
   void onGameEnd(PgnResult result) override {
-    static const char* names[] = {"1-0", "0-1", "1/2-1/2", "*"};
-    events.push_back(std::string("end ") + names[static_cast<int>(result)]);
+    events.push_back(std::string("end ") + std::array{"1-0", "0-1", "1/2-1/2", "*"}[static_cast<int>(result)]);
   }
   void onProblem(const std::string& line) override { events.push_back(line); }
-
- private:
-  std::size_t moves_ = 0;
 };
 
 std::vector<std::string> scan(const std::string& text, std::size_t piece = 0, std::size_t movesWanted = 1000) {

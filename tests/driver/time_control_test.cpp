@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "chess/driver/time_control.h"
 
 namespace {
@@ -7,23 +9,15 @@ namespace {
 using namespace kbuChess;
 
 TEST(TimeControlTest, LevelReadsMinutesSecondsAndIncrement) {
-  TimeControl level = parseLevel("40 5 0");
-  EXPECT_EQ(level.movesPerPeriod, 40);
-  EXPECT_EQ(level.baseMs, 300000);
-  EXPECT_EQ(level.incrementMs, 0);
-  level = parseLevel("0 0:30 2");
-  EXPECT_EQ(level.movesPerPeriod, 0);
-  EXPECT_EQ(level.baseMs, 30000);
-  EXPECT_EQ(level.incrementMs, 2000);
-  level = parseLevel("0 2:05 0.5");
-  EXPECT_EQ(level.baseMs, 125000);
-  EXPECT_EQ(level.incrementMs, 500);
-  level = parseLevel("x y z");
-  EXPECT_EQ(level.movesPerPeriod, 0);
-  EXPECT_EQ(level.baseMs, 0);
-  EXPECT_EQ(level.incrementMs, 0);
-  level = parseLevel("");
-  EXPECT_EQ(level.baseMs, 0);
+  auto fields = [](const char* text) {
+    const TimeControl level = parseLevel(text);
+    return std::vector<std::int64_t>{level.movesPerPeriod, level.baseMs, level.incrementMs};
+  };
+  EXPECT_EQ(fields("40 5 0"), (std::vector<std::int64_t>{40, 300000, 0}));
+  EXPECT_EQ(fields("0 0:30 2"), (std::vector<std::int64_t>{0, 30000, 2000}));
+  EXPECT_EQ(fields("0 2:05 0.5"), (std::vector<std::int64_t>{0, 125000, 500}));
+  EXPECT_EQ(fields("x y z"), (std::vector<std::int64_t>{0, 0, 0}));
+  EXPECT_EQ(fields(""), (std::vector<std::int64_t>{0, 0, 0}));
 }
 
 TEST(TimeControlTest, BudgetKeepsMarginAndSharesTheRest) {
@@ -38,11 +32,9 @@ TEST(TimeControlTest, BudgetKeepsMarginAndSharesTheRest) {
 }
 
 TEST(TimeControlTest, NumbersReadLikeTheCLibrary) {
-  EXPECT_EQ(readInteger("  42abc"), 42);
-  EXPECT_EQ(readInteger("-17"), -17);
-  EXPECT_EQ(readInteger("+5"), 5);
-  EXPECT_EQ(readInteger("abc"), 0);
-  EXPECT_EQ(readInteger(""), 0);
+  for (auto [text, value] : {std::pair{"  42abc", 42}, {"-17", -17}, {"+5", 5}, {"abc", 0}, {"", 0}}) {
+    EXPECT_EQ(readInteger(text), value) << text;
+  }
   EXPECT_GT(readInteger("99999999999999999999999"), 0);  // saturates, never wraps
   EXPECT_EQ(wordAt("  level  40 5", 1), "40");
   EXPECT_EQ(wordAt("a b", 2), "");

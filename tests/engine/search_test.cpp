@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,20 +17,17 @@ std::unique_ptr<clsEngine> quietEngine(const kobubase::clsOptions& options = {})
   return engine;
 }
 
-// The legal moves of the engine's position in coordinate form.
-std::vector<std::string> legalMoves(clsEngine& engine) {
-  std::vector<std::string> moves;
+// Whether the move is one of the legal moves of the engine's position.
+bool isLegal(clsEngine& engine, const Move& move) {
   engine.resetFrames();
   engine.generateLegal();
-  for (const Move* m = engine.frame().first; m < engine.frame().end; ++m) moves.push_back(clsBoard::moveText(m, false));
-  return moves;
+  for (const Move* m = engine.frame().first; m < engine.frame().end; ++m) {
+    if (move.isMove() && m->sameMove(move)) return true;
+  }
+  return false;
 }
 
-bool isLegal(clsEngine& engine, const Move& move) {
-  if (!move.isMove()) return false;
-  const std::vector<std::string> moves = legalMoves(engine);
-  return std::find(moves.begin(), moves.end(), clsBoard::moveText(&move, false)) != moves.end();
-}
+std::string text(const Move& move) { return clsBoard::moveText(&move, false); }
 
 TEST(Evaluate, WeighsTheStartPositionAndLoneKings) {
   auto engine = quietEngine();
@@ -54,15 +52,13 @@ TEST(Search, MateInOneIsFoundAtDepthTwo) {
   engine->think();
   EXPECT_EQ(engine->output().takeAll(),
             (std::vector<std::string>{"# engine's running", "# Winning move: d1d8", "# engine stopped"}));
-  const Move best = engine->bestMove();
-  EXPECT_EQ(clsBoard::moveText(&best, false), "d1d8");
-  EXPECT_EQ(best.searchScore, 100000);
+  EXPECT_EQ(text(engine->bestMove()), "d1d8");
+  EXPECT_EQ(engine->bestMove().searchScore, 100000);
   EXPECT_EQ(engine->iterationDepth(), 2);
-  const std::string line = engine->thinkingLine(1234);
-  EXPECT_EQ(line, "2 100000 123 " + std::to_string(engine->searchNodes()) + " d1d8");
+  EXPECT_EQ(engine->thinkingLine(1234), "2 100000 123 " + std::to_string(engine->searchNodes()) + " d1d8");
 }
 
-TEST(Search, RootWithoutLegalMoves) {
+TEST(Search, RootWithoutLegalMovesAndStalemateInsideTheTree) {
   auto engine = quietEngine();
   engine->readFEN("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");  // stalemate
   EXPECT_EQ(engine->rootSearch(2, true), 0);
@@ -71,23 +67,15 @@ TEST(Search, RootWithoutLegalMoves) {
   engine->think();
   EXPECT_FALSE(engine->bestMove().isMove());
   EXPECT_EQ(engine->output().takeAll(), (std::vector<std::string>{"# engine's running", "# engine stopped"}));
-}
-
-TEST(Search, StalemateInsideTheTreeIsAlmostADraw) {
-  auto engine = quietEngine();
   // Qf7 stalemates: the queen's side scores that +13, far below keeping the queen.
   engine->readFEN("7k/8/6K1/8/8/8/5Q2/8 w - - 0 1");
   engine->setFixedDepth(1);
   engine->setSinglePass(true);
   engine->think();
   PlyFrame& root = *engine->rootFrame();
-  bool seen = false;
-  for (const Move* m = root.first; m < root.end; ++m)
-    if (clsBoard::moveText(m, false) == "f2f7") {
-      EXPECT_EQ(m->searchScore, 13);
-      seen = true;
-    }
-  EXPECT_TRUE(seen);
+  const Move* stalemate = std::find_if(root.first, root.end, [](const Move& m) { return text(m) == "f2f7"; });
+  ASSERT_NE(stalemate, root.end);
+  EXPECT_EQ(stalemate->searchScore, 13);
   EXPECT_GT(root.first->searchScore, 1000);
 }
 
@@ -98,8 +86,7 @@ TEST(Search, OneSafeMoveAmongLosingOnesIsForced) {
   engine->think();
   EXPECT_EQ(engine->output().takeAll(),
             (std::vector<std::string>{"# engine's running", "# forced move", "# engine stopped"}));
-  const Move best = engine->bestMove();
-  EXPECT_EQ(clsBoard::moveText(&best, false), "h1g1");
+  EXPECT_EQ(text(engine->bestMove()), "h1g1");
   EXPECT_EQ(engine->iterationDepth(), 2);
 }
 
@@ -133,7 +120,7 @@ TEST(Search, RefutedRootMovesNeverBecomeBest) {
   for (const Move* m = root.first; m < root.end; ++m) {
     if ((m->flags & mf::REFUTED) == 0) continue;
     ++refuted;
-    EXPECT_FALSE(m->sameMove(best)) << clsBoard::moveText(m, false);
+    EXPECT_FALSE(m->sameMove(best)) << text(*m);
   }
   EXPECT_GT(refuted, 10);
   EXPECT_EQ(best.flags & mf::REFUTED, 0u);
@@ -152,24 +139,20 @@ TEST(Search, RandomModePlaysALegalMoveAfterTwoPlies) {
   auto proportional = quietEngine(options);
   proportional->readFEN("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - 0 1");
   proportional->think();
-  const Move best = proportional->bestMove();
-  EXPECT_EQ(clsBoard::moveText(&best, false), "d1d8");
+  EXPECT_EQ(text(proportional->bestMove()), "d1d8");
 }
 
-TEST(Search, SameSearchSameNodes) {
-  auto engine = quietEngine();
-  const u64 first = benchSearch(*engine, BENCH_POSITIONS[6]);
-  engine->selectSoul("Mass161");
-  engine->selectSoul("Simple5");
-  EXPECT_EQ(benchSearch(*engine, BENCH_POSITIONS[6]), first);
-}
-
-TEST(Search, BenchSignature) {
+// The node count of the bench positions; a search repeated after switching souls counts the same.
+TEST(Search, BenchSignatureAndRepeatability) {
   auto engine = quietEngine();
   engine->output().setKeep(false);
   u64 total = 0;
   for (const BenchPosition& position : BENCH_POSITIONS) total += benchSearch(*engine, position);
   EXPECT_EQ(total, 8036355u);
+  const u64 first = benchSearch(*engine, BENCH_POSITIONS[6]);
+  engine->selectSoul("Mass161");
+  engine->selectSoul("Simple5");
+  EXPECT_EQ(benchSearch(*engine, BENCH_POSITIONS[6]), first);
 }
 
 }  // namespace

@@ -117,8 +117,11 @@ class clsBoard {
   int generateLegal();
   // Plays the legal move with these squares and promotion letter; false leaves the position.
   bool playMove(u64 from, u64 to, char promotion);
-  // Makes a generated move for real: en-passant square, make, finish.
+  // Makes a generated move for real: en-passant square, make, finish, the
+  // move clocks, and the new position saved into the current frame.
   void playRecord(const Move& move);
+  // The position part of playRecord only: make, en-passant square, finish.
+  void makePlayed(const Move& move);
   i32 castlingBonus() const { return castlingBonus_; }
   void setCastlingBonus(i32 bonus) { castlingBonus_ = bonus; }
 

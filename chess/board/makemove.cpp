@@ -100,13 +100,17 @@ bool clsBoard::playMove(u64 from, u64 to, char promotion) {
 
 void clsBoard::playRecord(const Move& move) {
   const bool pawnMoveOrCapture = move.movingType() == PAWN || move.isCapture();
+  if (pos_.side == BLACK) ++fullMoveNumber_;
+  halfMoveClock_ = pawnMoveOrCapture ? 0 : halfMoveClock_ + 1;
+  makePlayed(move);
+  savePosition();
+}
+
+void clsBoard::makePlayed(const Move& move) {
   make(move);
   pos_.epSquare = 0;
   if (move.flags & mf::DOUBLE_PUSH) pos_.epSquare = pos_.side == WHITE ? move.to >> 8 : move.to << 8;
-  halfMoveClock_ = pawnMoveOrCapture ? 0 : halfMoveClock_ + 1;
-  if (pos_.side == BLACK) ++fullMoveNumber_;
   finish();
-  savePosition();
 }
 
 }  // namespace kbuChess

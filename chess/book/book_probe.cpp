@@ -8,20 +8,6 @@
 #include "chess/book/book_key.h"
 
 namespace kbuChess {
-namespace {
-
-// Makes the move the way a played move is made (en-passant square included),
-// so that the key is the one the book builder stored, but without touching
-// frames or move counters: the caller restores the position afterwards.
-void playForKey(clsBoard& board, const Move& move) {
-  Position& position = board.position();
-  board.make(move);
-  position.epSquare = 0;
-  if (move.flags & mf::DOUBLE_PUSH) position.epSquare = position.side == WHITE ? move.to >> 8 : move.to << 8;
-  board.finish();
-}
-
-}  // namespace
 
 int clsBook::listCandidates(clsBoard& board, std::vector<clsBookEntryExt>& list) const {
   list.clear();
@@ -31,7 +17,9 @@ int clsBook::listCandidates(clsBoard& board, std::vector<clsBookEntryExt>& list)
   board.generateLegal();
   for (const Move* move = frame.first; move < frame.end; ++move) {
     if (!move->isMove()) continue;
-    playForKey(board, *move);
+    // Made as a played move (en-passant square included) so that the key is
+    // the one the book builder stored; frames and move clocks stay untouched.
+    board.makePlayed(*move);
     const BookRecord* found = lookup(bookKey(board.position()));
     board.position() = before;
     if (found != nullptr) {

@@ -4,9 +4,6 @@
 // from the best of the frame two plies up (the same side's bound) and is cut
 // off when its best reaches minus its parent's best. Positions are never
 // unmade: every frame restores its own snapshot before its next move.
-#include <bit>
-
-#include "chess/board/tables.h"
 #include "chess/engine/engine.h"
 
 namespace kbuChess {
@@ -29,17 +26,6 @@ void sortDescending(Move* first, Move* end, Key key) {
     for (; hole > first && key(hole[-1]) < value; --hole) *hole = hole[-1];
     *hole = moving;
   }
-}
-
-// Squares from which a moving piece could uncover an attack on the king: the
-// king's own square, and the rays of each kind that an enemy slider stands on.
-u64 lineMaskFor(const Position& p, u64 king) {
-  const int square = squareIndex(king) & 63;
-  const u64 them = p.them();
-  u64 mask = king;
-  if (tables.orthogonalRays[square] & them & (p.rooks() | p.queens())) mask |= tables.orthogonalRays[square];
-  if (tables.diagonalRays[square] & them & (p.bishops() | p.queens())) mask |= tables.diagonalRays[square];
-  return mask;
 }
 
 constexpr u64 NODE_PUBLISH_MASK = 4095;
@@ -121,13 +107,13 @@ void clsEngine::enterNode() {
   f.moveCount = 0;
   generate(0);
   f.movesInStage = static_cast<i32>(f.end - f.current);
-  f.lineMask = lineMaskFor(pos_, f.kingMask);
+  f.lineMask = lineMask();
 }
 
 // Makes the next legal move of the node and returns it, or null when all six
-// stages are exhausted. Only moves that can expose the king are tested: all of
-// them in check, otherwise those leaving the line mask and en-passant captures
-// (which also take a pawn off a line to the king).
+// stages are exhausted. Only moves that can expose the king get the attack
+// test: all of them in check, otherwise king moves, en-passant captures and
+// pieces leaving the line mask.
 Move* clsEngine::nextLegalMove(PlyFrame& f) {
   for (;;) {
     while (f.current >= f.end) {
@@ -140,8 +126,7 @@ Move* clsEngine::nextLegalMove(PlyFrame& f) {
     }
     Move* move = f.current;
     make(*move);
-    if (!f.inCheck && (move->from & f.lineMask) == 0 && (move->flags & mf::EN_PASSANT) == 0) return move;
-    if (!ownKingAttacked()) return move;
+    if (!mayExposeKing(*move, f.lineMask, f.inCheck) || !ownKingAttacked()) return move;
     restorePosition();
     ++f.current;
   }

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "base/text.h"
 #include "chess/book/book.h"
 
 namespace kbuChess {
@@ -13,7 +14,7 @@ namespace {
 constexpr std::size_t IO_BUFFER_BYTES = 1 << 16;
 
 void printSystemError(kobubase::clsOutBuffer& out, int error) {
-  out.print("# error " + std::to_string(error) + ": " + std::strerror(error));
+  out.print(kobubase::errorLine(error));
 }
 
 bool keepByLimit(const BookRecord& r, std::int32_t limit) {

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/text.h"
 #include "chess/book/pgn_file.h"
 
 namespace kbuChess {
@@ -65,7 +66,7 @@ bool clsPGNFile::saveFENs(const std::string& path, std::int32_t limit) {
   std::FILE* file = std::fopen(path.c_str(), "ab+");
   if (file == nullptr) {
     const int error = errno;
-    out_.print("# error " + std::to_string(error) + ": " + std::strerror(error));
+    out_.print(kobubase::errorLine(error));
     return false;
   }
   bool written = true;
@@ -76,7 +77,7 @@ bool clsPGNFile::saveFENs(const std::string& path, std::int32_t limit) {
   }
   const int error = errno;
   if (std::fclose(file) != 0 || !written) {
-    out_.print("# error " + std::to_string(error) + ": " + std::strerror(error));
+    out_.print(kobubase::errorLine(error));
     return false;
   }
   out_.print("# saved " + std::to_string(fens_.size()) + " fens - cleaning up...");

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "base/text.h"
 #include "chess/book/book_key.h"
 
 namespace kbuChess {
@@ -43,7 +44,7 @@ bool clsPGNFile::readFile(const std::string& path) {
   errno = 0;
   if (!scanner_.scanFile(path)) {
     const int error = errno ? errno : ENOENT;
-    out_.print("# error " + std::to_string(error) + ": " + std::strerror(error));
+    out_.print(kobubase::errorLine(error));
     return false;
   }
   flushBatch();

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <vector>
 
+#include "base/text.h"
+
 namespace kbuChess {
 namespace {
 
@@ -310,7 +312,7 @@ bool clsPGNScanner::scanFile(const std::string& path) {
   std::fclose(file);
   finish();
   if (readError != 0) {
-    listener_.onProblem("# error " + std::to_string(readError) + ": " + std::strerror(readError));
+    listener_.onProblem(kobubase::errorLine(readError));
   }
   return true;
 }

@@ -6,6 +6,9 @@
 
 namespace kbuChess {
 
+using kobubase::readInteger;
+using kobubase::wordAt;
+
 // Exact, case-sensitive words, tried in this order after "usermove" and bare moves.
 const clsTalvena::Command clsTalvena::COMMANDS[] = {
     {"xboard", &clsTalvena::cmdXboard},

@@ -9,6 +9,9 @@
 
 namespace kbuChess {
 
+using kobubase::readInteger;
+using kobubase::wordAt;
+
 namespace {
 
 constexpr std::int64_t DefaultEpdMs = 60000;
@@ -44,7 +47,7 @@ int clsTalvena::cmdEpd(const std::string& rest) {
   print("# time " + std::to_string(ms) + " ms - file " + file);
   EpdRun run;
   if (!readLines(file, run.lines)) {
-    print("# error " + std::to_string(errno) + ": " + std::strerror(errno));
+    print(kobubase::errorLine(errno));
     return CMD_PRINTED;
   }
   epd_ = std::move(run);

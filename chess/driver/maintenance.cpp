@@ -7,6 +7,9 @@
 
 namespace kbuChess {
 
+using kobubase::readInteger;
+using kobubase::wordAt;
+
 namespace {
 
 // The first line of a readable file (at most 64 KiB of it), or false.

@@ -12,6 +12,9 @@
 
 namespace kbuChess {
 
+using kobubase::readInteger;
+using kobubase::wordAt;
+
 namespace {
 
 // The folder of the running program, where a book may lie beside it.
@@ -121,7 +124,7 @@ void clsTalvena::logCommand(const std::string& word, const std::string& rest) {
   if (!logFile_) {
     logFile_ = std::fopen(logPath_.c_str(), "ab");
     if (!logFile_) {
-      print("# error " + std::to_string(errno) + ": " + std::strerror(errno));
+      print(kobubase::errorLine(errno));
       logPath_.clear();  // say it once, then go on without a log
       return;
     }

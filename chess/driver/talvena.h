@@ -15,18 +15,17 @@
 #include <vector>
 
 #include "base/options.h"
+#include "base/text.h"
 #include "base/output.h"
 #include "base/stdin_thread.h"
 #include "base/thread.h"
 #include "chess/book/book.h"
-#include "chess/driver/time_control.h"
+#include "chess/driver/command_result.h"
+#include "chess/engine/time_control.h"
 #include "chess/engine/engine.h"
 #include "chess/engine/engine_share.h"
 
 namespace kbuChess {
-
-// The dispatcher's answers.
-enum CommandResult : int { CMD_HANDLED = 0, CMD_ILLEGAL_MOVE = 1, CMD_IGNORED = 2, CMD_PRINTED = 3, CMD_QUIT = 4 };
 
 // Who the engine plays for. The loop lets the engine move in modes 2 to 5.
 enum PlayMode : int { MODE_FORCE = 0, MODE_ENGINE_WHITE = 2, MODE_ENGINE_BLACK = 3, MODE_EPD_TEST = 5 };

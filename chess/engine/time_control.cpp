@@ -1,33 +1,11 @@
-#include "chess/driver/time_control.h"
+#include "chess/engine/time_control.h"
 
-#include <limits>
+#include "base/text.h"
 
 namespace kbuChess {
 
-std::int64_t readInteger(std::string_view text) {
-  std::size_t at = 0;
-  while (at < text.size() && (text[at] == ' ' || text[at] == '\t')) ++at;
-  bool negative = false;
-  if (at < text.size() && (text[at] == '-' || text[at] == '+')) negative = text[at++] == '-';
-  std::int64_t value = 0;
-  constexpr std::int64_t Cap = std::numeric_limits<std::int64_t>::max() / 10 - 10;
-  for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
-    if (value < Cap) value = value * 10 + (text[at] - '0');  // saturate instead of overflowing
-  }
-  return negative ? -value : value;
-}
-
-std::string_view wordAt(std::string_view text, int index) {
-  std::size_t at = 0;
-  for (int word = 0;; ++word) {
-    while (at < text.size() && text[at] == ' ') ++at;
-    if (at >= text.size()) return {};
-    std::size_t end = text.find(' ', at);
-    if (end == std::string_view::npos) end = text.size();
-    if (word == index) return text.substr(at, end - at);
-    at = end;
-  }
-}
+using kobubase::readInteger;
+using kobubase::wordAt;
 
 namespace {
 

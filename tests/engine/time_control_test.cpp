@@ -2,11 +2,14 @@
 
 #include <vector>
 
-#include "chess/driver/time_control.h"
+#include "base/text.h"
+#include "chess/engine/time_control.h"
 
 namespace {
 
 using namespace kbuChess;
+using kobubase::readInteger;
+using kobubase::wordAt;
 
 TEST(TimeControlTest, LevelReadsMinutesSecondsAndIncrement) {
   auto fields = [](const char* text) {

@@ -1,7 +1,7 @@
 #pragma once
-// The clock arithmetic of the xboard dialogue: reading numbers the way the
-// protocol sends them, the "level" command, and the share of the remaining
-// time that one search may use. Pure functions, so they are tested alone.
+// The clock arithmetic shared by the xboard dialogue and tournament games:
+// the "level" command and the share of the remaining time that one search
+// may use. Pure functions, so they are tested alone.
 #include <cstdint>
 #include <string_view>
 
@@ -14,12 +14,6 @@ struct TimeControl {
   std::int64_t baseMs = 0;
   std::int64_t incrementMs = 0;
 };
-
-// Leading blanks, an optional sign, then decimal digits up to the first
-// non-digit; no digits read as 0, like the C library's conversion.
-std::int64_t readInteger(std::string_view text);
-// The blank-separated word number `index` (from 0), or "" when there is none.
-std::string_view wordAt(std::string_view text, int index);
 
 // "MPS BASE INC": BASE in minutes or minutes:seconds, INC in seconds (a
 // fraction such as 0.5 is honoured, since some interfaces send one).

@@ -1,0 +1,41 @@
+#include "base/text.h"
+
+#include <cstring>
+#include <limits>
+
+namespace kobubase {
+
+std::int64_t readInteger(std::string_view text) {
+  std::size_t at = 0;
+  while (at < text.size() && (text[at] == ' ' || text[at] == '\t')) ++at;
+  bool negative = false;
+  if (at < text.size() && (text[at] == '-' || text[at] == '+')) negative = text[at++] == '-';
+  std::int64_t value = 0;
+  constexpr std::int64_t Cap = std::numeric_limits<std::int64_t>::max() / 10 - 10;
+  for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
+    if (value < Cap) value = value * 10 + (text[at] - '0');  // saturate instead of overflowing
+  }
+  return negative ? -value : value;
+}
+
+std::int64_t readClamped(std::string_view text, std::int64_t low, std::int64_t high) {
+  return clampTo(readInteger(text), low, high);
+}
+
+std::string_view wordAt(std::string_view text, int index) {
+  std::size_t at = 0;
+  for (int word = 0;; ++word) {
+    while (at < text.size() && text[at] == ' ') ++at;
+    if (at >= text.size()) return {};
+    std::size_t end = text.find(' ', at);
+    if (end == std::string_view::npos) end = text.size();
+    if (word == index) return text.substr(at, end - at);
+    at = end;
+  }
+}
+
+std::string errorLine(int errorNumber) {
+  return "# error " + std::to_string(errorNumber) + ": " + std::strerror(errorNumber);
+}
+
+}  // namespace kobubase

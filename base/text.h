@@ -1,0 +1,26 @@
+#pragma once
+// Reading numbers and words from text typed by a person or sent by another
+// program, and the "# error N: text" line for a failed system call. Numbers
+// from outside are read without overflow and clamped by the caller's bounds.
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kobubase {
+
+// Leading blanks, an optional sign, then decimal digits up to the first
+// non-digit; no digits read as 0, like the C library's conversion. A number
+// too large for 64 bits saturates instead of wrapping.
+std::int64_t readInteger(std::string_view text);
+// readInteger, then held within [low, high].
+std::int64_t readClamped(std::string_view text, std::int64_t low, std::int64_t high);
+// The value held within [low, high].
+constexpr std::int64_t clampTo(std::int64_t value, std::int64_t low, std::int64_t high) {
+  return value < low ? low : value > high ? high : value;
+}
+// The blank-separated word number `index` (from 0), or "" when there is none.
+std::string_view wordAt(std::string_view text, int index);
+// "# error N: text" for a system error number.
+std::string errorLine(int errorNumber);
+
+}  // namespace kobubase

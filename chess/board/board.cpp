@@ -5,9 +5,7 @@
 namespace kbuChess {
 
 clsBoard::clsBoard() {
-  static const bool tablesBuilt = (initTables(), true);
-  (void)tablesBuilt;
-  mixKeyTables();
+  initTables();
   readFEN(START_FEN);
 }
 

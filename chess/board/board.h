@@ -84,7 +84,8 @@ class clsBoard {
   std::string fen() const;  // four fields, no clocks
   std::string boardText() const;
   char pieceAt(u64 square) const;
-  void printBoard();
+  void printBoard() { printBoard(output_); }
+  void printBoard(kobubase::clsOutBuffer& out);
   i32 halfMoveClock() const { return halfMoveClock_; }
   i32 fullMoveNumber() const { return fullMoveNumber_; }
   const std::vector<std::string>& epdOperations() const { return epdOperations_; }

@@ -184,12 +184,12 @@ std::string clsBoard::boardText() const {
   return text;
 }
 
-void clsBoard::printBoard() {
-  output_.print("#");
-  output_.print(boardText(), false);
+void clsBoard::printBoard(kobubase::clsOutBuffer& out) {
+  out.print("#");
+  out.print(boardText(), false);
   char value[32];
   std::snprintf(value, sizeof value, "%.2f", pos_.score / static_cast<double>(PAWN_VALUE));
-  output_.print(std::string("# ") + (pos_.side == WHITE ? "white" : "black") + " value: " + value + " FEN: " + fen());
+  out.print(std::string("# ") + (pos_.side == WHITE ? "white" : "black") + " value: " + value + " FEN: " + fen());
 }
 
 }  // namespace kbuChess

@@ -1,5 +1,7 @@
 #include "chess/board/tables.h"
 
+#include <mutex>
+
 #include "base/random.h"
 
 namespace kbuChess {
@@ -44,7 +46,9 @@ void buildRays(int square) {
 
 }  // namespace
 
-void initTables() {
+namespace {
+
+void buildTables() {
   static const int knight[8][2] = {{1, 2}, {2, 1}, {2, -1}, {1, -2}, {-1, -2}, {-2, -1}, {-2, 1}, {-1, 2}};
   static const int king[8][2] = {{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}};
   static const int whitePawn[2][2] = {{1, 1}, {1, -1}};
@@ -60,6 +64,19 @@ void initTables() {
   tables.bitNumber[0] = 0;
   for (int byte = 1; byte < 256; ++byte) tables.bitNumber[byte] = 0;
   for (int bit = 0; bit < 8; ++bit) tables.bitNumber[1 << bit] = static_cast<unsigned char>(bit + 1);
+}
+
+}  // namespace
+
+void initTables() {
+  // Once per process: keys that changed in the middle of a game would make
+  // equal positions look different, and every board reads these tables
+  // without a lock.
+  static std::once_flag built;
+  std::call_once(built, [] {
+    buildTables();
+    mixKeyTables();
+  });
 }
 
 void mixKeyTables() {

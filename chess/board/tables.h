@@ -32,7 +32,7 @@ struct Tables {
 extern Tables tables;
 
 // Hash keys: piece-square keys indexed ((square * 8) + type) * 2 + colour, and
-// one key per side to move. XOR-filled by every board construction.
+// one key per side to move. Filled with random bytes once, by initTables().
 extern u64 pieceSquareKeys[1024];
 extern u64 sideKeys[2];
 
@@ -40,9 +40,10 @@ inline u64 pieceSquareKey(int square, int type, int colour) {
   return pieceSquareKeys[((square * 8) + type) * 2 + colour];
 }
 
-// Builds the attack tables; idempotent, called at start-up.
+// Builds the attack tables and draws the keys, once per process; later calls
+// do nothing. The program calls it at start-up before any thread starts.
 void initTables();
-// XORs a fresh set of random bytes into the key tables.
+// XORs a fresh set of random bytes into the key tables (initTables does it).
 void mixKeyTables();
 
 inline bool isIncreasing(int direction) { return (direction & 1) != 0; }

@@ -13,7 +13,7 @@
 
 #include "chess/board/board.h"
 #include "chess/book/book_entry.h"
-#include "chess/engine/engine.h"
+#include "chess/board/book_probe.h"
 
 namespace kbuChess {
 
@@ -58,8 +58,8 @@ class clsBook : public clsBookProbe {
   int listCandidates(clsBoard& board, std::vector<clsBookEntryExt>& list) const;
   // Drops the candidates whose weight share is too small; returns how many stay.
   static std::size_t cutRareCandidates(std::vector<clsBookEntryExt>& list);
-  // Chooses a book move for the engine and makes it the engine's best move.
-  bool bookMove(clsEngine& engine) override;
+  // Chooses among the candidates that are not too rare, uniformly.
+  bool bookMove(clsBoard& board, Move& chosen) override;
 
  private:
   void reserveFor(std::size_t needed);

@@ -196,9 +196,9 @@ int commandCvBooks(const std::string& args, kobubase::clsOutBuffer& out) {
 }
 
 // One line per candidate, worst first: "# e2e4  wins 10 losses 4 draws 6 score 650".
-int commandListBook(clsBook& book, clsEngine& engine, kobubase::clsOutBuffer& out) {
+int commandListBook(clsBook& book, clsBoard& board, kobubase::clsOutBuffer& out) {
   std::vector<clsBookEntryExt> list;
-  if (book.listCandidates(engine, list) == 0) {
+  if (book.listCandidates(board, list) == 0) {
     out.print("# no book moves found");
     return HANDLED;
   }
@@ -212,9 +212,9 @@ int commandListBook(clsBook& book, clsEngine& engine, kobubase::clsOutBuffer& ou
   return HANDLED;
 }
 
-int commandBk(clsBook& book, clsEngine& engine, kobubase::clsOutBuffer& out) {
+int commandBk(clsBook& book, clsBoard& board, kobubase::clsOutBuffer& out) {
   std::vector<clsBookEntryExt> list;
-  if (book.listCandidates(engine, list) == 0) {
+  if (book.listCandidates(board, list) == 0) {
     out.print(" no book moves found\n\n");
   } else {
     out.print(" best book move: " + list.back().move + "\n\n");

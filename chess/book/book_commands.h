@@ -6,7 +6,7 @@
 
 #include "base/options.h"
 #include "base/output.h"
-#include "chess/engine/engine.h"
+#include "chess/board/board.h"
 
 namespace kbuChess {
 
@@ -17,10 +17,10 @@ int commandSaveBook(clsBook& book, const std::string& args, kobubase::clsOutBuff
 int commandMergeBooks(const std::string& args, kobubase::clsOutBuffer& out);
 int commandBuildBooks(const std::string& args, kobubase::clsOutBuffer& out);
 int commandCvBooks(const std::string& args, kobubase::clsOutBuffer& out);
-// Candidates of the engine's current position, one per line.
-int commandListBook(clsBook& book, clsEngine& engine, kobubase::clsOutBuffer& out);
-// The xboard "bk" reply for the engine's current position.
-int commandBk(clsBook& book, clsEngine& engine, kobubase::clsOutBuffer& out);
+// Candidates of the board's position, one per line.
+int commandListBook(clsBook& book, clsBoard& board, kobubase::clsOutBuffer& out);
+// The xboard "bk" reply for the board's position.
+int commandBk(clsBook& book, clsBoard& board, kobubase::clsOutBuffer& out);
 // Loads the book named by the run-time option "book", else "talvena.sbk" from the
 // working directory or beside the program (programDir); no book is no error.
 void loadStartupBook(clsBook& book, const kobubase::clsOptions& options, const std::string& programDir,

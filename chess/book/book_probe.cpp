@@ -47,15 +47,14 @@ std::size_t clsBook::cutRareCandidates(std::vector<clsBookEntryExt>& list) {
 }
 
 // The weights only decide which candidates stay; among those the choice is uniform.
-bool clsBook::bookMove(clsEngine& engine) {
+bool clsBook::bookMove(clsBoard& board, Move& chosen) {
   std::vector<clsBookEntryExt> list;
-  if (listCandidates(engine, list) == 0 || cutRareCandidates(list) == 0) return false;
-  const clsBookEntryExt& chosen = list[kobubase::randomAbs32() % list.size()];
-  const PlyFrame& frame = engine.frame();
+  if (listCandidates(board, list) == 0 || cutRareCandidates(list) == 0) return false;
+  const clsBookEntryExt& pick = list[kobubase::randomAbs32() % list.size()];
+  const PlyFrame& frame = board.frame();
   for (const Move* move = frame.first; move < frame.end; ++move) {
-    if (move->isMove() && clsBoard::moveText(move, false) == chosen.move) {
-      engine.setBestMove(*move);
-      engine.output().print("# book move " + chosen.move);
+    if (move->isMove() && clsBoard::moveText(move, false) == pick.move) {
+      chosen = *move;
       return true;
     }
   }

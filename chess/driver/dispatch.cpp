@@ -80,10 +80,15 @@ int clsTalvena::dispatch(const std::string& word, const std::string& rest) {
 }
 
 int clsTalvena::userMove(const std::string& word, const std::string& moveText) {
-  haltSearch();
+  // Tried on a copy first: an illegal move leaves a running search alone.
   const std::string move(wordAt(moveText, 0));
+  if (move.size() < 4 || !positionView().readCoordinateMove(move)) {
+    print("Illegal move: " + word);
+    return CMD_ILLEGAL_MOVE;
+  }
+  haltSearch();
   const std::string previous = engine_.fen();
-  if (move.size() < 4 || !engine_.readCoordinateMove(move)) {
+  if (!engine_.readCoordinateMove(move)) {
     print("Illegal move: " + word);
     return CMD_ILLEGAL_MOVE;
   }
@@ -106,7 +111,7 @@ int clsTalvena::cmdXboard(const std::string&) {
 
 int clsTalvena::cmdStop(const std::string&) {
   // The loop plays the best move found so far on its next pass.
-  if (engine_.searching()) engine_.stop();
+  search_.stop();
   return CMD_HANDLED;
 }
 
@@ -208,13 +213,7 @@ int clsTalvena::cmdResult(const std::string& rest) {
 
 int clsTalvena::cmdSetboard(const std::string& rest) {
   haltSearch();
-  const std::string previous = engine_.fen();
   setPosition(rest);
-  if (!validPosition()) {
-    print("# illegal position: " + rest);
-    setPosition(previous);
-    return CMD_PRINTED;
-  }
   state_.undoStack.clear();
   return CMD_HANDLED;
 }
@@ -225,8 +224,7 @@ int clsTalvena::cmdIcs(const std::string& rest) {
 }
 
 int clsTalvena::cmdBk(const std::string&) {
-  haltSearch();
-  return commandBk(book_, engine_, *this);
+  return commandBk(book_, positionView(), *this);
 }
 
 int clsTalvena::cmdUndo(const std::string&) {

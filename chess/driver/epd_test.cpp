@@ -61,10 +61,6 @@ void clsTalvena::startNextEpdPosition() {
   while (epd_.next < epd_.lines.size()) {
     const std::string& line = epd_.lines[epd_.next++];
     setPosition(line);
-    if (!validPosition()) {
-      print("# skipping a bad position: " + line);
-      continue;
-    }
     print("# testing: " + line);
     think();
     return;

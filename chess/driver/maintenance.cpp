@@ -35,8 +35,10 @@ bool positiveNumbers(const std::string& text, int first, int count) {
 
 }  // namespace
 
+// A running search is stopped (its move is still played): the evaluation must
+// not change under it.
 void clsTalvena::loadSoul(const std::string& text) {
-  haltSearch();
+  search_.stop();
   std::string soul = text;
   std::string line;
   if (firstLineOfFile(text, line)) soul = line;
@@ -48,9 +50,8 @@ void clsTalvena::loadSoul(const std::string& text) {
 }
 
 int clsTalvena::cmdDebugBoard(const std::string& rest) {
-  haltSearch();
   state_.debugDisplay = !state_.debugDisplay;
-  engine_.printBoard();
+  positionView().printBoard(*this);
   if (!rest.empty() && rest[0] == 'm') printMoveList();
   return CMD_PRINTED;
 }
@@ -80,7 +81,6 @@ int clsTalvena::cmdSoul(const std::string& rest) {
 }
 
 int clsTalvena::cmdMoves(const std::string&) {
-  haltSearch();
   printMoveList();
   return CMD_PRINTED;
 }
@@ -88,14 +88,14 @@ int clsTalvena::cmdMoves(const std::string&) {
 // "# __moves__ N" and then each legal move of the position in the long and
 // the coordinate form, in generation order.
 void clsTalvena::printMoveList() {
-  engine_.resetFrames();
-  const int count = engine_.generateLegal();
+  clsBoard& board = positionView();
+  board.resetFrames();
+  const int count = board.generateLegal();
   print("# __moves__ " + std::to_string(count < 0 ? 0 : count));
   for (int i = 0; i < count; ++i) {
-    const Move* move = engine_.frame().first + i;
+    const Move* move = board.frame().first + i;
     print("# " + clsBoard::moveText(move, true) + " " + clsBoard::moveText(move, false));
   }
-  engine_.resetFrames();
 }
 
 int clsTalvena::cmdTourney(const std::string& rest) {
@@ -111,8 +111,7 @@ int clsTalvena::cmdLoadBook(const std::string& rest) {
 int clsTalvena::cmdSaveBook(const std::string& rest) { return commandSaveBook(book_, rest, *this); }
 
 int clsTalvena::cmdListBook(const std::string&) {
-  haltSearch();
-  return commandListBook(book_, engine_, *this);
+  return commandListBook(book_, positionView(), *this);
 }
 
 int clsTalvena::cmdMergeBooks(const std::string& rest) { return commandMergeBooks(rest, *this); }

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <bit>
 #include <cerrno>
 #include <cstring>
 
@@ -91,17 +90,22 @@ void clsTalvena::runLoop() {
 
 void clsTalvena::serviceEngine() {
   const std::int64_t now = kobubase::nowMs();
-  if (engine_.searching()) {
-    if (now > state_.deadlineMs) {
+  switch (search_.poll()) {
+    case SearchPoll::RUNNING:
+      if (now - state_.lastThinkingMs >= 1000) {
+        state_.lastThinkingMs = now;
+        printThinking(now);
+      }
+      return;
+    case SearchPoll::TIME_EXPIRED:
       print("# time has expired");
-      engine_.stop();
-    } else if (now - state_.lastThinkingMs >= 1000) {
-      state_.lastThinkingMs = now;
-      printThinking(now);
-    }
-    return;
+      return;  // the move is collected on the next pass
+    case SearchPoll::ENDED:
+      if (state_.playMode >= MODE_ENGINE_WHITE) collectMove(now);
+      return;
+    case SearchPoll::IDLE:
+      return;
   }
-  if (state_.awaitingMove && state_.playMode >= MODE_ENGINE_WHITE) collectMove(now);
 }
 
 int clsTalvena::execute(const std::string& line) {
@@ -142,8 +146,7 @@ void clsTalvena::think() {
     state_.periodMoves = 0;
   }
   state_.currentFen = engine_.fen();
-  const std::int64_t now = kobubase::nowMs();
-  state_.searchStartMs = state_.lastThinkingMs = now;
+  state_.lastThinkingMs = kobubase::nowMs();
   std::int64_t budget;
   if (state_.playMode == MODE_EPD_TEST) {
     budget = state_.level.baseMs;
@@ -151,7 +154,6 @@ void clsTalvena::think() {
   } else {
     budget = thinkBudget(state_.engineTimeMs, state_.level.movesPerPeriod, state_.periodMoves);
   }
-  state_.deadlineMs = now + budget;
   if (state_.playMode != MODE_EPD_TEST) {
     print("# moves " + std::to_string(state_.periodMoves) + "/" + std::to_string(state_.level.movesPerPeriod) +
           " - time " + std::to_string(budget) + "/" + std::to_string(state_.engineTimeMs) + " ms");
@@ -160,52 +162,24 @@ void clsTalvena::think() {
   // the same time budget; without "sd" it deepens by two plies at a time
   // until stopped, never beyond its own 127-ply limit.
   const int limit = state_.depthLimit;
-  engine_.setFixedDepth(limit >= 128 ? 0 : (limit > clsEngine::MAX_DEPTH ? clsEngine::MAX_DEPTH : limit));
-  engine_.setSinglePass(false);
-  // A search that finds a mate at once may be over before start() returns,
-  // so the move is awaited either way. Should the thread fail to start, the
-  // cleared best move makes the loop fall back to a legal move instead of
-  // replaying an old one.
-  Move none{};
-  none.flags = mf::NOT_A_MOVE;
-  engine_.setBestMove(none);
-  engine_.start();
-  state_.awaitingMove = true;
+  search_.start(budget, limit >= 128 ? 0 : limit);
 }
 
 void clsTalvena::collectMove(std::int64_t now) {
-  state_.awaitingMove = false;
   printThinking(now);
-  Move move{};
-  if (takeBestMove(move)) {
-    if (state_.playMode == MODE_EPD_TEST) {
-      scoreEpdMove(move);
-    } else {
-      playEngineMove(move, now);
-    }
-  } else if (state_.playMode == MODE_EPD_TEST) {
+  const Move move = search_.collect();
+  if (state_.playMode == MODE_EPD_TEST) {
     scoreEpdMove(move);
+  } else if (move.isMove()) {
+    playEngineMove(move);
   } else {
     print("# no legal move");
   }
   pong();
 }
 
-// The search's move; when a very short search was stopped before any root
-// move finished, the first legal move stands in, so the engine never sits
-// silent on its clock while it has a move to make.
-bool clsTalvena::takeBestMove(Move& move) {
-  move = engine_.bestMove();
-  if (move.isMove()) return true;
-  engine_.resetFrames();
-  const int count = engine_.generateLegal();
-  if (count <= 0) return false;
-  move = engine_.frame().first[0];
-  return true;
-}
-
-void clsTalvena::playEngineMove(const Move& move, std::int64_t now) {
-  const std::int64_t elapsed = now - state_.searchStartMs + 1;
+void clsTalvena::playEngineMove(const Move& move) {
+  const std::int64_t elapsed = search_.elapsedMs();
   const std::string text = clsBoard::moveText(&move, false);
   const std::string previous = state_.currentFen;
   if (!engine_.readCoordinateMove(text)) {
@@ -223,7 +197,7 @@ void clsTalvena::playEngineMove(const Move& move, std::int64_t now) {
 
 void clsTalvena::printThinking(std::int64_t now) {
   if (!state_.post) return;
-  const std::string line = engine_.thinkingLine(static_cast<std::uint64_t>(now - state_.searchStartMs));
+  const std::string line = engine_.thinkingLine(static_cast<std::uint64_t>(now - search_.startMs()));
   if (!line.empty()) print(line);
 }
 
@@ -233,23 +207,16 @@ void clsTalvena::pong() {
   state_.pendingPing.clear();
 }
 
-void clsTalvena::haltSearch() {
-  if (engine_.searching()) engine_.stop();
-  state_.awaitingMove = false;
-}
+void clsTalvena::haltSearch() { search_.abandon(); }
 
 void clsTalvena::setPosition(const std::string& fen) {
   engine_.readFEN(fen);
   state_.currentFen = engine_.fen();
 }
 
-// One king a side and no pawn on the first or last rank: the generator and
-// the search take both for granted.
-bool clsTalvena::validPosition() const {
-  const Position& pos = engine_.position();
-  const u64 kings = pos.masks[KING];
-  if (std::popcount(kings & pos.masks[US]) != 1 || std::popcount(kings & pos.masks[THEM]) != 1) return false;
-  return (pos.masks[PAWN] & (RANK_1 | RANK_8)) == 0;
+clsBoard& clsTalvena::positionView() {
+  view_.readFEN(state_.currentFen);
+  return view_;
 }
 
 }  // namespace kbuChess

@@ -24,6 +24,7 @@
 #include "chess/engine/time_control.h"
 #include "chess/engine/engine.h"
 #include "chess/engine/engine_share.h"
+#include "chess/engine/search_control.h"
 
 namespace kbuChess {
 
@@ -38,10 +39,7 @@ struct ProtocolState {
   std::int64_t engineTimeMs = 300000;
   std::int64_t opponentTimeMs = 300000;
   int periodMoves = 0;  // moves the engine made in the current period
-  std::int64_t searchStartMs = 0;
-  std::int64_t deadlineMs = 0;
   std::int64_t lastThinkingMs = 0;
-  bool awaitingMove = false;  // a search was started and its move not yet taken
   bool hard = false;
   bool post = false;
   bool debugDisplay = false;
@@ -77,7 +75,7 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   // the deadline, prints the periodic thinking line.
   void serviceEngine();
   // True while a search runs or its move has not been played yet.
-  bool thinking() { return engine_.searching() || state_.awaitingMove; }
+  bool thinking() const { return search_.awaitingCollect(); }
 
   clsEngine& engine() { return engine_; }
   const ProtocolState& state() const { return state_; }
@@ -99,15 +97,16 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   void runLoop();
   void think();
   void collectMove(std::int64_t now);
-  bool takeBestMove(Move& move);
-  void playEngineMove(const Move& move, std::int64_t now);
+  void playEngineMove(const Move& move);
   void printThinking(std::int64_t now);
   void pong();
   // Stops a running search and forgets its move.
   void haltSearch();
   void logCommand(const std::string& word, const std::string& rest);
   void setPosition(const std::string& fen);
-  bool validPosition() const;
+  // A copy of the current position on a board of its own, for commands that
+  // only look: they answer while the engine thinks on its own board.
+  clsBoard& positionView();
 
   // --- dispatch.cpp: moves and xboard commands
   int userMove(const std::string& word, const std::string& moveText);
@@ -177,6 +176,8 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   std::FILE* logFile_ = nullptr;
   clsEngineShare share_;
   clsEngine engine_;
+  clsSearchControl search_{engine_};
+  clsBoard view_;
   clsBook book_;
   ProtocolState state_;
   EpdRun epd_;

@@ -10,21 +10,11 @@
 #include "base/options.h"
 #include "base/thread.h"
 #include "chess/board/board.h"
+#include "chess/board/book_probe.h"
 #include "chess/engine/engine_share.h"
 #include "chess/engine/soul.h"
 
 namespace kbuChess {
-
-class clsEngine;
-
-// The opening book as the engine thread sees it: a probe that may choose the
-// move before any search. Implemented by the book.
-class clsBookProbe {
- public:
-  virtual ~clsBookProbe() = default;
-  // Chooses a book move for the engine's position and sets it as the best move.
-  virtual bool bookMove(clsEngine& engine) = 0;
-};
 
 class clsEngine : public clsBoard, public kobubase::clsThread {
  public:
@@ -57,6 +47,9 @@ class clsEngine : public clsBoard, public kobubase::clsThread {
   void setFixedDepth(int depth) { fixedDepth_ = depth; }
   int fixedDepth() const { return fixedDepth_; }
   void setSinglePass(bool on) { singlePass_ = on; }
+  // The search stops by itself after this many nodes (0: no limit), so that
+  // tests and benchmarks can stop it at a point that does not depend on timing.
+  void setNodeLimit(u64 nodes) { nodeLimit_ = nodes == 0 ? ~u64{0} : nodes; }
   void setBookProbe(clsBookProbe* probe) { bookProbe_ = probe; }
   clsEngineShare* share() const { return share_; }
   int debugSetting = 0;
@@ -105,12 +98,15 @@ class clsEngine : public clsBoard, public kobubase::clsThread {
   i32 loneKingTerm() const;
   // Thinking helpers (think.cpp).
   void thinkingProcedure();
+  bool probeBook();
   void deepen(int startDepth, int limit);
   void chooseRandomMove(bool proportional);
+  void orderRootForChoice();
   // Soul helpers (engine.cpp).
   void applySoul(const Soul& soul);
 
   u64 nodeCount_ = 0;
+  u64 nodeLimit_ = ~u64{0};
 
   Soul soul_;
   kobubase::clsOptions commandOptions_;

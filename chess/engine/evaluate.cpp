@@ -153,8 +153,9 @@ i32 clsEngine::evaluate() {
     if (oppShape > 1 && oppBlocked) oppShape += 2;
     sum += w[1] * (oppShape - ownShape);
   }
-  // 3: mobility, the moves generated so far at this ply minus those at the parent ply.
-  if (f.ply > 0) sum += w[2] * (f.moveCount - frame_[-1].moveCount);
+  // 3: mobility, the moves of this ply's current generation stage minus
+  // those of the parent's current stage.
+  if (f.ply > 0) sum += w[2] * (f.movesInStage - frame_[-1].movesInStage);
   // 7: minor pieces on the rim.
   const u64 rim = (p.bishops() & EDGE_RING) | (p.knights() & KNIGHT_RIM);
   sum -= w[6] * (count(rim & us) - count(rim & them));

@@ -42,6 +42,7 @@ void clsEngine::sortRootBySearchScore() {
 
 void clsEngine::countNode() {
   if ((++nodeCount_ & NODE_PUBLISH_MASK) == 0) searchNodes_.store(nodeCount_, std::memory_order_relaxed);
+  if (nodeCount_ >= nodeLimit_) stopFlag_.store(true, std::memory_order_relaxed);
 }
 
 i32 clsEngine::rootSearch(int depth, bool first) {

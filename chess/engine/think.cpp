@@ -54,13 +54,21 @@ void clsEngine::thinkingProcedure() {
   else if (random && !timed && !proportional)
     limit = 2;  // a random mover needs only a shallow look for blunders
 
-  const bool booked = !singlePass_ && bookProbe_ != nullptr && bookProbe_->bookMove(*this);
+  const bool booked = !singlePass_ && probeBook();
   if (!booked) deepen(fixedDepth != 0 ? fixedDepth : 2, limit);
   thinkingMs_ += static_cast<u64>(kobubase::nowMs() - started);
   // A book move stands even in the random modes: they choose among searched root moves.
   if (random && !booked) chooseRandomMove(proportional);
   searchNodes_.store(nodeCount_, std::memory_order_relaxed);
   output().print("# engine stopped");
+}
+
+bool clsEngine::probeBook() {
+  Move chosen{};
+  if (bookProbe_ == nullptr || !bookProbe_->bookMove(*this, chosen)) return false;
+  setBestMove(chosen);
+  output().print("# book move " + moveText(&chosen, false));
+  return true;
 }
 
 // Iterative deepening over the root search with the decisions that end it early.
@@ -109,6 +117,7 @@ void clsEngine::chooseRandomMove(bool proportional) {
     }
     return;
   }
+  orderRootForChoice();
   const std::string& value = commandOptions_.get("-proportional");
   const u32 accept = value.empty() ? DEFAULT_ACCEPT_PERCENT : static_cast<u32>(std::atoi(value.c_str()));
   for (const Move* m = root.first; m < root.first + count; ++m) {
@@ -116,6 +125,23 @@ void clsEngine::chooseRandomMove(bool proportional) {
       setBestMove(*m);
       return;
     }
+  }
+}
+
+// The walk of the proportional mode starts at the search's best move and goes
+// on in score order. After a stopped iteration the list still has the order
+// of the iteration before, with partial scores, so it is sorted again here.
+void clsEngine::orderRootForChoice() {
+  PlyFrame& root = *rootFrame();
+  sortRootBySearchScore();
+  const Move best = bestMove();
+  if (!best.isMove()) return;
+  for (Move* m = root.first; m < root.end; ++m) {
+    if (!m->sameMove(best)) continue;
+    const Move found = *m;
+    for (; m > root.first; --m) *m = m[-1];
+    *root.first = found;
+    return;
   }
 }
 

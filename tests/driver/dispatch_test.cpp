@@ -47,6 +47,16 @@ class DispatchTest : public testing::Test {
     ADD_FAILURE() << "no move within 20 s";
     return seen;
   }
+  // Runs the loop's engine step until no search is left to collect.
+  Lines untilNoSearch() {
+    Lines seen;
+    for (int pass = 0; pass < 20000 && driver_->thinking(); ++pass) {
+      driver_->serviceEngine();
+      for (std::string& line : driver_->takeAll()) seen.push_back(line);
+      kobubase::sleepMs(1);
+    }
+    return seen;
+  }
   const ProtocolState& state() { return driver_->state(); }
   std::unique_ptr<clsTalvena> driver_;
 };
@@ -135,19 +145,54 @@ TEST_F(DispatchTest, PerftAndDivide) {
   EXPECT_NE(std::find(lines.begin(), lines.end(), "Nb1-c3 20"), lines.end());
 }
 
-TEST_F(DispatchTest, SetboardAcceptsPositionsAndRefusesBrokenOnes) {
-  EXPECT_EQ(reply("setboard 8/8/8/8/8/8/8/8 w - - 0 1", CMD_PRINTED), Lines{"# illegal position: 8/8/8/8/8/8/8/8 w - - 0 1"});
-  EXPECT_EQ(state().currentFen, "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -");
+// Positions no game reaches are taken as they stand: shown, counted, searched.
+TEST_F(DispatchTest, SetboardTakesAnyPosition) {
+  EXPECT_EQ(reply("setboard 8/8/8/8/8/8/8/8 w - - 0 1", CMD_HANDLED), Lines{});
+  EXPECT_EQ(state().currentFen, "8/8/8/8/8/8/8/8 w - -");
+  EXPECT_EQ(reply("perft 3")[0].rfind("Nodes: 0, ", 0), 0u);
+  reply("go");
+  EXPECT_EQ(untilNoSearch().back(), "# no legal move");
+  reply("force");
   EXPECT_EQ(reply("setboard 1k6/7R/1K6/8/8/8/8/8 b - - 0 1", CMD_HANDLED), Lines{});
   EXPECT_EQ(state().currentFen, "1k6/7R/1K6/8/8/8/8/8 b - -");
-  driver_->engine().output().setKeep(true);
-  EXPECT_EQ(reply("\\ m", CMD_PRINTED).front(), "# __moves__ 2");
+  const Lines shown = reply("\\ m", CMD_PRINTED);
   EXPECT_TRUE(state().debugDisplay);
-  const Lines board = driver_->engine().output().takeAll();
-  ASSERT_FALSE(board.empty());
+  ASSERT_EQ(shown.size(), 5u);
+  EXPECT_EQ(shown[0], "#");
   const std::string summary = "\n# black value: -4.76 FEN: 1k6/7R/1K6/8/8/8/8/8 b - -";
-  ASSERT_GE(board.back().size(), summary.size());
-  EXPECT_EQ(board.back().substr(board.back().size() - summary.size()), summary);
+  EXPECT_EQ(shown[1].substr(shown[1].size() - summary.size()), summary);
+  EXPECT_EQ(shown[2], "# __moves__ 2");
+}
+
+// Commands that only look answer during a search and the engine's move still
+// comes; an illegal move changes nothing.
+TEST_F(DispatchTest, LookingCommandsNeverLoseTheEnginesMove) {
+  reply("new");
+  reply("level 0 0:01 0");
+  reply("go");
+  for (const char* command : {"bk", "\\", "\\", "\\moves", "\\listbook", "\\soul", "usermove e2e5", "e7e5"}) {
+    EXPECT_FALSE(reply(command).empty()) << command;
+    EXPECT_TRUE(driver_->thinking()) << command;
+  }
+  EXPECT_EQ(state().undoStack.size(), 0u);
+  const Lines seen = untilMove();
+  EXPECT_EQ(state().undoStack.size(), 1u);
+  EXPECT_EQ(seen.back().rfind("move ", 0), 0u);
+}
+
+// The mobility weight multiplies the moves of the current generation stage:
+// at depth one every reply of Black is scored from its stage's move count.
+TEST_F(DispatchTest, MobilityCountsTheMovesOfTheStage) {
+  reply("\\soul Mobile=0 0 100 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0");
+  reply("setboard k7/p7/8/8/8/8/P7/K7 w - - 0 1");
+  reply("sd 1");
+  reply("post");
+  reply("go");
+  const Lines seen = untilMove();
+  // After any White move Black's quiet stage holds Kb8, Kb7, a6 and a5, and
+  // the root generates no stages: each leaf is 100 x (4 - 0) for Black.
+  EXPECT_TRUE(std::any_of(seen.begin(), seen.end(), [](const std::string& l) { return l.rfind("1 -400 0 ", 0) == 0; }))
+      << seen.front();
 }
 
 TEST_F(DispatchTest, SoulsAndUsageLines) {
@@ -178,9 +223,9 @@ TEST_F(DispatchTest, EpdTestScoresTheBestMoves) {
     kobubase::sleepMs(1);
   }
   std::remove(path.c_str());
-  EXPECT_EQ(seen, (Lines{"# move h7h8 ok ---> score : 100000", "# skipping a bad position: no position",
+  EXPECT_EQ(seen, (Lines{"# move h7h8 ok ---> score : 100000", "# testing: no position", "# move ------ bad!",
                          "# testing: 1k6/7R/1K6/8/8/8/8/8 w - - bm Rh1; id \"wrong\";", "# move h7h8 bad!",
-                         "# test results: 1/2 50%"}));
+                         "# test results: 1/3 33%"}));
   EXPECT_EQ(reply("\\epd 100 /nonexistent/file.epd"),
             (Lines{"# time 100 ms - file /nonexistent/file.epd", "# error 2: No such file or directory"}));
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "chess/engine/engine.h"
+#include "chess/engine/search_control.h"
 
 namespace kbuChess {
 namespace {
@@ -32,6 +33,56 @@ TEST(EngineThread, StopEndsADeepSearchWithALegalMove) {
   ASSERT_TRUE(engine->start());
   EXPECT_TRUE(engine->stop());
   EXPECT_FALSE(engine->stop());  // nothing left to join
+}
+
+// Boards built while a search runs (book probing, tournament games) share the
+// key tables with it: the keys are drawn once, so a position keeps its key.
+TEST(EngineThread, BoardsBuiltDuringASearchKeepTheKeys) {
+  clsEngine engine;
+  engine.output().setEcho(false);
+  const u64 startKey = engine.positionKey();
+  ASSERT_TRUE(engine.start());
+  for (int i = 0; i < 20; ++i) {
+    auto board = std::make_unique<clsBoard>();
+    EXPECT_EQ(board->positionKey(), startKey);
+    board->readFEN("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1");
+    board->perft(2, false);
+  }
+  engine.stop();
+  clsBoard after;
+  EXPECT_EQ(after.positionKey(), startKey);
+}
+
+// The control of a timed search: the deadline stops the engine, and the move
+// collected is the search's or, when it had none, the first legal one.
+TEST(SearchControl, DeadlineStopsTheSearchAndAMoveIsCollected) {
+  clsEngine engine;
+  engine.output().setEcho(false);
+  clsSearchControl control(engine);
+  EXPECT_EQ(control.poll(), SearchPoll::IDLE);
+  ASSERT_TRUE(control.start(30, 0));
+  SearchPoll state = control.poll();
+  while (state == SearchPoll::RUNNING) {
+    kobubase::sleepMs(1);
+    state = control.poll();
+  }
+  EXPECT_EQ(state, SearchPoll::TIME_EXPIRED);
+  EXPECT_EQ(control.poll(), SearchPoll::ENDED);
+  EXPECT_TRUE(control.collect().isMove());
+  EXPECT_EQ(control.poll(), SearchPoll::IDLE);
+
+  engine.readFEN("7k/5QQ1/8/8/8/8/8/K7 b - - 0 1");  // mated: nothing to play
+  ASSERT_TRUE(control.start(1000, 0));
+  while (control.poll() == SearchPoll::RUNNING) kobubase::sleepMs(1);
+  EXPECT_FALSE(control.collect().isMove());
+
+  engine.readFEN(clsBoard::START_FEN);
+  engine.setNodeLimit(1);  // stopped before any root move finished
+  ASSERT_TRUE(control.start(1000, 0));
+  while (control.poll() == SearchPoll::RUNNING) kobubase::sleepMs(1);
+  const Move first = control.collect();
+  ASSERT_TRUE(first.isMove());
+  EXPECT_TRUE(engine.readCoordinateMove(clsBoard::moveText(&first, false)));
 }
 
 }  // namespace

@@ -1,0 +1,65 @@
+// Positions no game reaches are still searched without harm: boards without
+// kings or with many, pawns on the first and last ranks, an empty board.
+// Under the sanitizers this catches out-of-range table reads and overflow.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "chess/engine/engine.h"
+
+namespace kbuChess {
+namespace {
+
+const char* const ODD_POSITIONS[] = {
+    "8/8/8/8/8/8/8/8 w - - 0 1",
+    "8/8/8/8/8/8/8/8 b - - 0 1",
+    "8/8/8/3k4/8/8/8/8 w - - 0 1",
+    "8/8/8/3K4/8/8/8/8 w - - 0 1",
+    "4k3/8/8/8/8/8/8/R7 w - - 0 1",
+    "KKKKKKKK/KKKKKKKK/KKKKKKKK/KKKKKKKK/KKKKKKKK/8/8/8 w KQkq - 0 1",
+    "kkkkkkkk/8/8/8/8/8/8/KKKKKKKK b - - 0 1",
+    "PPPPPPPP/pppppppp/8/8/8/8/PPPPPPPP/pppppppp w - - 0 1",
+    "QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/8/8/qqqqqqqq/qqqqqqqq/qqqqqqqq w - - 0 1",
+    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
+};
+
+void searchAndEvaluate(clsEngine& engine, const std::string& fen) {
+  engine.readFEN(fen);
+  engine.setFixedDepth(3);
+  engine.think();
+  engine.resetFrames();
+  engine.evaluate();
+  engine.readFEN(fen);
+  engine.perft(3, false);
+}
+
+TEST(OddPositions, AreSearchedEvaluatedAndCounted) {
+  clsEngine engine;
+  engine.output().setEcho(false);
+  for (const char* fen : ODD_POSITIONS) searchAndEvaluate(engine, fen);
+  engine.readFEN("8/8/8/8/8/8/8/8 w - - 0 1");
+  EXPECT_EQ(engine.perft(3, false), 0u);
+  engine.readFEN("8/8/8/8/8/8/8/8 w - - 0 1");
+  engine.think();
+  EXPECT_FALSE(engine.bestMove().isMove());
+}
+
+TEST(OddPositions, RandomBoardsAreSearchedWithoutHarm) {
+  clsEngine engine;
+  engine.output().setEcho(false);
+  std::mt19937 rng(2026);
+  const std::string pieces = "kqrbnpKQRBNP11234";
+  for (int i = 0; i < 150; ++i) {
+    std::string fen;
+    for (int rank = 0; rank < 8; ++rank) {
+      for (int file = 0; file < 8; ++file) fen += rng() % 3 == 0 ? pieces[rng() % pieces.size()] : '1';
+      fen += rank < 7 ? "/" : "";
+    }
+    fen += i % 2 ? " w KQkq - 0 1" : " b - - 0 1";
+    searchAndEvaluate(engine, fen);
+  }
+}
+
+}  // namespace
+}  // namespace kbuChess

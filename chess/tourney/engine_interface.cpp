@@ -102,7 +102,7 @@ bool clsEngineInterface::Prepare(int colour, std::int32_t gameMs, std::int32_t i
   }
   Start();
   Log("waiting for '" + name_ + "' initialization...");
-  kobubase::sleepMs(START_PAUSE_MS);
+  kobubase::sleepMs(startPauseMs());
   Init();
   for (int round = 0; round < READY_ROUNDS; ++round) {
     if (ready_) {

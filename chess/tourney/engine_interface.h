@@ -60,8 +60,8 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
 
   void Init();
   void Sync();
-  void NewGame();
-  void Go();
+  virtual void NewGame();
+  virtual void Go();
   // A move of the game in coordinate notation; side 0 White, 1 Black.
   virtual void PlayMove(const std::string& move, int side);
   void Quit();
@@ -90,6 +90,8 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   std::string feature(const std::string& key) const;
 
  protected:
+  // The pause between starting the program and the first command.
+  virtual int startPauseMs() const { return START_PAUSE_MS; }
   // The reply a line from the engine stands for ("" for none).
   std::string translate(const std::string& line);
 

@@ -25,6 +25,7 @@ class clsExternalEngine : public clsEngineInterface, public kobubase::clsRedirec
   // Quits, terminates the program and closes its pipes.
   ~clsExternalEngine() override;
 
+  using clsEngineInterface::name;
   bool Start() override;
   // "quit"; then, twice in a row (deliberately: about two seconds in all),
   // a second's grace and termination; then the reader thread ends.

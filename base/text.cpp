@@ -38,4 +38,31 @@ std::string errorLine(int errorNumber) {
   return "# error " + std::to_string(errorNumber) + ": " + std::strerror(errorNumber);
 }
 
+std::vector<std::string> splitArguments(std::string_view text) {
+  std::vector<std::string> words;
+  std::string word;
+  bool inWord = false, quoted = false;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char c = text[at];
+    if (c == '"') {
+      inWord = true;
+      if (quoted && at + 1 < text.size() && text[at + 1] == '"') {
+        word += '"';
+        ++at;
+      } else {
+        quoted = !quoted;
+      }
+    } else if ((c == ' ' || c == '\t') && !quoted) {
+      if (inWord) words.push_back(std::move(word));
+      word.clear();
+      inWord = false;
+    } else {
+      word += c;
+      inWord = true;
+    }
+  }
+  if (inWord) words.push_back(std::move(word));
+  return words;
+}
+
 }  // namespace kobubase

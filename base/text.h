@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kobubase {
 
@@ -20,6 +21,12 @@ constexpr std::int64_t clampTo(std::int64_t value, std::int64_t low, std::int64_
 }
 // The blank-separated word number `index` (from 0), or "" when there is none.
 std::string_view wordAt(std::string_view text, int index);
+// Splits a parameter text into words the way a shell would for plain words:
+// blanks and tabs separate words; double quotes group a part holding blanks
+// and may sit inside a word (a"b c"d is one word, ab cd); inside quotes a
+// doubled quote stands for one quote; "" alone is an empty word. Backslashes
+// are ordinary characters, so folder names keep theirs.
+std::vector<std::string> splitArguments(std::string_view text);
 // "# error N: text" for a system error number.
 std::string errorLine(int errorNumber);
 

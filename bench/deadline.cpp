@@ -5,12 +5,7 @@
 // deep search. Prints median, 90th percentile and worst of each.
 //
 //   deadline /path/to/talvena [rounds]
-#include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -19,86 +14,44 @@
 #include <string>
 #include <vector>
 
-#include "base/thread.h"
-
-extern char** environ;
+#include "base/child_process.h"
 
 namespace {
 
 using kobubase::nowMs;
 
-// The engine behind two pipes; every read has a deadline.
-class Child {
+// The engine behind two pipes; every read has a deadline. A line's arrival
+// is the moment it is taken, within a millisecond of its reading.
+class Child : public kobubase::clsRedirectedChild {
  public:
-  explicit Child(const std::string& path) {
-    int in[2], out[2];
-    if (pipe(in) != 0 || pipe(out) != 0) return;
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, in[0], 0);
-    posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-    posix_spawn_file_actions_addclose(&actions, in[1]);
-    posix_spawn_file_actions_addclose(&actions, out[0]);
-    std::string name = path;
-    char* argv[] = {name.data(), nullptr};
-    if (posix_spawn(&pid_, path.c_str(), &actions, nullptr, argv, environ) != 0) pid_ = -1;
-    posix_spawn_file_actions_destroy(&actions);
-    close(in[0]);
-    close(out[1]);
-    to_ = in[1];
-    from_ = out[0];
+  explicit Child(const std::string& path) : clsRedirectedChild(path) {
+    if (start()) waitStarted();
   }
-  ~Child() {
-    if (to_ >= 0) close(to_);
-    if (pid_ > 0) {
-      const std::int64_t end = nowMs() + 3000;
-      int status;
-      while (waitpid(pid_, &status, WNOHANG) == 0) {
-        if (nowMs() > end) {
-          kill(pid_, SIGKILL);
-          waitpid(pid_, &status, 0);
-          break;
-        }
-        kobubase::sleepMs(2);
-      }
-    }
-    if (from_ >= 0) close(from_);
+  ~Child() override {
+    closeInput();
+    waitExit(3000);
+    shutDown();
   }
-  bool ok() const { return pid_ > 0; }
+  bool ok() const { return pid() > 0; }
   void send(const std::string& line) {
-    const std::string bytes = line + "\n";
-    if (write(to_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) std::fprintf(stderr, "write failed\n");
+    if (!sendLine(line)) std::fprintf(stderr, "write failed\n");
   }
   // Reads until a line begins with prefix; the line and its arrival time.
   std::optional<std::string> waitFor(const std::string& prefix, int timeoutMs, std::int64_t& arrival) {
-    const std::int64_t deadline = nowMs() + timeoutMs;
-    for (;;) {
-      for (std::size_t end; (end = buffer_.find('\n')) != std::string::npos;) {
-        std::string line = buffer_.substr(0, end);
-        buffer_.erase(0, end + 1);
+    for (const std::int64_t deadline = nowMs() + timeoutMs;; kobubase::sleepMs(1)) {
+      while (hasLine()) {
+        std::string line = takeLine();
         if (line.rfind(prefix, 0) == 0) {
-          arrival = stamp_;
+          arrival = nowMs();
           return line;
         }
       }
-      const std::int64_t left = deadline - nowMs();
-      if (left <= 0) return std::nullopt;
-      pollfd pfd{from_, POLLIN, 0};
-      if (poll(&pfd, 1, static_cast<int>(left)) <= 0) continue;
-      char chunk[4096];
-      const ssize_t n = read(from_, chunk, sizeof chunk);
-      if (n <= 0) return std::nullopt;
-      stamp_ = nowMs();
-      buffer_.append(chunk, static_cast<std::size_t>(n));
+      if (!alive() || nowMs() > deadline) return std::nullopt;
     }
   }
 
- private:
-  pid_t pid_ = -1;
-  int to_ = -1;
-  int from_ = -1;
-  std::string buffer_;
-  std::int64_t stamp_ = 0;
+ protected:
+  void report(const std::string&) override {}
 };
 
 const char* const Positions[] = {
@@ -168,7 +121,7 @@ int main(int argc, char** argv) {
   {
     Child engine(path);
     if (!engine.ok()) {
-      std::fprintf(stderr, "cannot start %s\n", path.c_str());
+      std::fprintf(stderr, "cannot start %s %s\n", path.c_str(), engine.startError().c_str());
       return 1;
     }
     engine.send("xboard");

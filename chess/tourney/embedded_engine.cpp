@@ -1,0 +1,64 @@
+#include "chess/tourney/embedded_engine.h"
+
+#include "chess/engine/time_control.h"
+
+namespace kbuChess {
+
+clsEmbeddedEngine::clsEmbeddedEngine(const std::string& name, const std::string& soul, clsGameLog* owner,
+                                     int tableMiB)
+    : clsEngineInterface(name, PROTOCOL_XBOARD, owner), clsEngine({}, &table_) {
+  table_.sizeTable(tableMiB);
+  // The engine's own remarks ("# engine's running", ...) stay out of the way.
+  clsEngine::output().setEcho(false);
+  if (soul.find('=') != std::string::npos) {
+    applySoulText(soul);
+  } else {
+    selectSoul(soul);
+  }
+  readFEN(START_FEN);
+  setEcho(false);  // replies are for the game, not the console
+  setKeep(true);
+}
+
+clsEmbeddedEngine::~clsEmbeddedEngine() { control_.abandon(); }
+
+bool clsEmbeddedEngine::Start() {
+  stopped_ = false;
+  return true;
+}
+
+void clsEmbeddedEngine::Stop() {
+  control_.abandon();
+  stopped_ = true;
+}
+
+void clsEmbeddedEngine::Service() {
+  const SearchPoll state = control_.poll();
+  if (state != SearchPoll::ENDED && state != SearchPoll::TIME_EXPIRED) return;
+  const Move move = control_.collect();
+  if (move.isMove()) print("move " + moveText(&move, false));
+}
+
+void clsEmbeddedEngine::NewGame() {
+  control_.abandon();
+  clsEngineInterface::NewGame();  // empties the history; nothing to send
+  takeAll();
+  readFEN(START_FEN);
+}
+
+void clsEmbeddedEngine::Go() {
+  // One period for the whole game: the same share the xboard loop takes.
+  control_.start(thinkBudget(ownClock_, 0, 0), 0);
+}
+
+void clsEmbeddedEngine::PlayMove(const std::string& move, int side) {
+  control_.abandon();
+  moveHistory_ += move + " ";
+  if (!readCoordinateMove(move)) {
+    Log("cannot play " + move + " on " + clsEngine::fen());
+    return;
+  }
+  if (side != colour_) Go();
+}
+
+}  // namespace kbuChess

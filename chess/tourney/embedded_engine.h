@@ -1,0 +1,61 @@
+#pragma once
+// A soul of our own engine as a tournament player.
+//
+// clsEmbeddedEngine owns a complete engine (position, transposition table,
+// soul) and plays inside this process; it speaks no protocol, so Send and
+// ReadReply do nothing. Its moves reach the game through its own output
+// buffer instead:
+//   - Go() starts a search on the engine's position with a budget from its
+//     own clock (the xboard loop's share of the remaining time, one period);
+//   - Service(), which the game loop calls on every pass, polls the search:
+//     past the deadline it stops it, and once the search has ended it prints
+//     "move <coordinate move>" into the adapter's output buffer;
+//   - the game reads it with nextReply() like any other reply.
+// PlayMove plays every move of the game on the engine's board and, after
+// the opponent's move, starts the search. Preparing needs no start pause:
+// there is no program to wait for.
+#include <string>
+
+#include "chess/engine/engine.h"
+#include "chess/engine/engine_share.h"
+#include "chess/engine/search_control.h"
+#include "chess/tourney/engine_interface.h"
+
+namespace kbuChess {
+
+class clsEmbeddedEngine : public clsEngineInterface, private clsEngine {
+ public:
+  static constexpr int TABLE_MIB = 16;
+
+  // soul: a preset's name or a soul in text form ("name=v1 v2 ...").
+  clsEmbeddedEngine(const std::string& name, const std::string& soul, clsGameLog* owner, int tableMiB = TABLE_MIB);
+  // Stops the search and releases the engine.
+  ~clsEmbeddedEngine() override;
+
+  using clsEngineInterface::name;
+  using clsEngineInterface::stopped;
+  bool Start() override;
+  // Abandons a running search.
+  void Stop() override;
+  std::string ReadReply() override { return {}; }
+  void Send(const std::string&) override {}
+  // Always able to play once prepared.
+  bool IsAlive() override { return ready_; }
+  void Service() override;
+  void NewGame() override;
+  void Go() override;
+  void PlayMove(const std::string& move, int side) override;
+
+  const std::string& soul() const { return soulName(); }
+  std::string fen() const { return clsEngine::fen(); }
+  bool thinking() const { return searching(); }
+
+ protected:
+  int startPauseMs() const override { return 0; }
+
+ private:
+  clsEngineShare table_;
+  clsSearchControl control_{*this};
+};
+
+}  // namespace kbuChess

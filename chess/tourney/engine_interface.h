@@ -1,0 +1,119 @@
+#pragma once
+// One interface for both players of a tournament game.
+//
+// clsEngineInterface is what a game talks to, whatever the player is: an
+// external program in xboard or UCI (clsExternalEngine) or a soul of our own
+// engine (clsEmbeddedEngine). The game calls the protocol operations (Init,
+// Sync, NewGame, Go, PlayMove, Quit) and reads normalised replies: "move X"
+// when the player has moved, "result R" when it claims a result; every other
+// line is only logged.
+//
+// The game loop, each pass: Service(), then nextReply(); an empty reply and
+// HasEnded() means the player is gone. nextReply() is ReadReply() (the
+// translated line of an external engine) or else the next line the adapter
+// printed into its own output buffer (how the embedded engine answers).
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/output.h"
+
+namespace kbuChess {
+
+// Where a game wants its players' dialogue: the game implements it.
+class clsGameLog {
+ public:
+  virtual ~clsGameLog() = default;
+  // colour: 0 White, 1 Black.
+  virtual void logPlayer(int colour, const std::string& text) = 0;
+};
+
+class clsEngineInterface : public kobubase::clsOutBuffer {
+ public:
+  static constexpr int PROTOCOL_XBOARD = 0;
+  static constexpr int PROTOCOL_UCI = 1;
+  // Pause after starting the program before the first command.
+  static constexpr int START_PAUSE_MS = 1500;
+  // Passes of about a millisecond spent waiting for the handshake.
+  static constexpr int READY_ROUNDS = 20000;
+
+  clsEngineInterface(std::string name, int protocol, clsGameLog* owner);
+  ~clsEngineInterface() override = default;
+
+  virtual bool Start() = 0;
+  virtual void Stop() = 0;
+  // The next translated reply, or "" when there is none yet.
+  virtual std::string ReadReply() = 0;
+  virtual void Send(const std::string& text) = 0;
+  // To the owner's log, or "# =====>\t" name ":\t" text on the console.
+  virtual void Log(const std::string& text);
+  virtual bool IsAlive() = 0;
+  // Called by the game loop on every pass; lets an adapter without a pipe
+  // (the embedded engine) produce its replies.
+  virtual void Service() {}
+  // Whether the player has gone (its process ended) since Start.
+  virtual bool HasEnded() { return false; }
+
+  // ReadReply(), else the oldest line kept in this adapter's output buffer.
+  std::string nextReply();
+
+  void Init();
+  void Sync();
+  virtual void NewGame();
+  virtual void Go();
+  // A move of the game in coordinate notation; side 0 White, 1 Black.
+  virtual void PlayMove(const std::string& move, int side);
+  void Quit();
+
+  // Readies the player for a game as colour with both clocks at gameMs and
+  // both increments at incrementMs; false when the engine never got ready
+  // (after READY_ROUNDS passes, or at once when its program has ended).
+  bool Prepare(int colour, std::int32_t gameMs, std::int32_t incrementMs);
+  // The game's view of the clocks, refreshed after every move.
+  void setClocks(std::int32_t ownMs, std::int32_t opponentMs) {
+    ownClock_ = ownMs;
+    opponentClock_ = opponentMs;
+  }
+
+  const std::string& name() const { return name_; }
+  int protocol() const { return protocol_; }
+  int colour() const { return colour_; }
+  bool ready() const { return ready_; }
+  bool stopped() const { return stopped_; }
+  bool pingSupported() const { return pingSupported_; }
+  int pingCounter() const { return pingCounter_; }
+  const std::string& moveHistory() const { return moveHistory_; }
+  std::int32_t ownClock() const { return ownClock_; }
+  std::int32_t opponentClock() const { return opponentClock_; }
+  // The value the engine declared for a feature, "" when it did not.
+  std::string feature(const std::string& key) const;
+
+ protected:
+  // The pause between starting the program and the first command.
+  virtual int startPauseMs() const { return START_PAUSE_MS; }
+  // The reply a line from the engine stands for ("" for none).
+  std::string translate(const std::string& line);
+
+  clsGameLog* owner_;
+  std::string moveHistory_;
+  std::string name_;
+  std::int32_t pingCounter_ = 0;
+  bool pingSupported_ = false;
+  bool ready_ = false;
+  bool stopped_ = true;
+  int colour_ = 0;
+  std::vector<std::pair<std::string, std::string>> features_;
+  std::int32_t ownClock_ = 0;
+  std::int32_t ownIncrement_ = 0;
+  std::int32_t opponentClock_ = 0;
+  std::int32_t opponentIncrement_ = 0;
+  int protocol_;
+
+ private:
+  std::string translateXboard(const std::string& word, const std::string& rest);
+  std::string translateUci(const std::string& word, const std::string& rest);
+  void readFeatures(const std::string& rest);
+};
+
+}  // namespace kbuChess

@@ -1,0 +1,79 @@
+// A small program for the child-process tests, doing one thing per mode:
+//   args ...       prints its folder and each argument in brackets, then "end"
+//   flood N        writes N bytes of numbered lines in one go
+//   longline N     writes one line of N letters
+//   echo           answers "got " + line; "err" writes to standard error,
+//                  "partial" writes a line in two pieces, "exit N" ends with N;
+//                  end of input ends with 0
+//   hold PROGRAM   starts PROGRAM as its own child, prints "child PID", waits
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+#include "base/child_process.h"
+
+namespace {
+
+int args(int argc, char** argv) {
+  char here[4096];
+  std::printf("folder [%s]\n", getcwd(here, sizeof here) ? here : "?");
+  for (int i = 2; i < argc; ++i) std::printf("[%s]\n", argv[i]);
+  std::printf("end\n");
+  return 0;
+}
+
+int flood(long bytes) {
+  std::string text;
+  for (long line = 0; static_cast<long>(text.size()) < bytes; ++line) {
+    char number[32];
+    std::snprintf(number, sizeof number, "line %07ld ", line);
+    text += number + std::string(40, 'a' + line % 26) + "\n";
+  }
+  text.resize(static_cast<std::size_t>(bytes));
+  std::fwrite(text.data(), 1, text.size(), stdout);
+  return 0;
+}
+
+int echo() {
+  for (std::string line; std::getline(std::cin, line);) {
+    if (line == "err") {
+      std::fprintf(stderr, "to standard error\n");
+    } else if (line == "partial") {
+      std::printf("first half, ");
+      std::fflush(stdout);
+      usleep(300000);
+      std::printf("second half\r\n");
+    } else if (line.rfind("exit ", 0) == 0) {
+      return std::atoi(line.c_str() + 5);
+    } else {
+      std::printf("got %s\n", line.c_str());
+    }
+    std::fflush(stdout);
+  }
+  return 0;
+}
+
+int hold(const char* program) {
+  kobubase::clsRedirectedChild child(program, "60");
+  child.start();
+  if (!child.waitStarted()) return 1;
+  std::printf("child %d\n", static_cast<int>(child.pid()));
+  std::fflush(stdout);
+  for (;;) pause();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string mode = argc > 1 ? argv[1] : "";
+  if (mode == "args") return args(argc, argv);
+  if (mode == "flood" && argc > 2) return flood(std::atol(argv[2]));
+  if (mode == "longline" && argc > 2) return std::printf("%s\n", std::string(std::atol(argv[2]), 'x').c_str()) < 0;
+  if (mode == "echo") return echo();
+  if (mode == "hold" && argc > 2) return hold(argv[2]);
+  std::fprintf(stderr, "usage: child_helper args|flood N|longline N|echo|hold PROGRAM\n");
+  return 2;
+}

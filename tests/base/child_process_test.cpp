@@ -1,0 +1,246 @@
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "base/child_process.h"
+#include "base/text.h"
+
+namespace {
+
+using kobubase::clsRedirectedChild;
+using kobubase::nowMs;
+using kobubase::sleepMs;
+using Words = std::vector<std::string>;
+
+// Keeps the comment lines about the child instead of printing them.
+class clsQuietChild : public clsRedirectedChild {
+ public:
+  using clsRedirectedChild::clsRedirectedChild;
+  ~clsQuietChild() override { shutDown(); }
+  Words reports() {
+    std::lock_guard<std::mutex> guard(lock_);
+    return reports_;
+  }
+
+ protected:
+  void report(const std::string& line) override {
+    std::lock_guard<std::mutex> guard(lock_);
+    reports_.push_back(line);
+  }
+
+ private:
+  std::mutex lock_;
+  Words reports_;
+};
+
+// The next complete line, or "<nothing>" after timeoutMs.
+std::string nextLine(clsRedirectedChild& child, int timeoutMs = 5000) {
+  for (const std::int64_t until = nowMs() + timeoutMs; nowMs() < until; sleepMs(1)) {
+    if (child.hasLine()) return child.takeLine();
+  }
+  return "<nothing>";
+}
+
+// Whether the child started and then ended within timeoutMs.
+bool waitDead(clsRedirectedChild& child, int timeoutMs = 5000) {
+  if (!child.waitStarted()) return false;
+  for (const std::int64_t until = nowMs() + timeoutMs; child.alive() && nowMs() < until;) sleepMs(1);
+  return !child.alive();
+}
+
+TEST(SplitArgumentsTest, BlanksSeparateQuotesGroup) {
+  using kobubase::splitArguments;
+  EXPECT_EQ(splitArguments(""), Words{});
+  EXPECT_EQ(splitArguments("  \t "), Words{});
+  EXPECT_EQ(splitArguments(" a  b\tc "), (Words{"a", "b", "c"}));
+  EXPECT_EQ(splitArguments("\"two words\" x"), (Words{"two words", "x"}));
+  EXPECT_EQ(splitArguments("a\"b c\"d"), (Words{"ab cd"}));
+  EXPECT_EQ(splitArguments("\"\" x \"\""), (Words{"", "x", ""}));
+  EXPECT_EQ(splitArguments("\"say \"\"hi\"\"\""), (Words{"say \"hi\""}));
+  EXPECT_EQ(splitArguments("C:\\engines\\x.exe -n"), (Words{"C:\\engines\\x.exe", "-n"}));
+  EXPECT_EQ(splitArguments("\"open end"), (Words{"open end"}));
+}
+
+// A copy of the helper in a folder and under a name with blanks: it runs in
+// its own folder and receives its parameters split like a shell splits them.
+TEST(ChildProcessTest, BlanksInPathFolderAndQuotedParameters) {
+  const std::filesystem::path folder = testing::TempDir() + "child dir " + std::to_string(getpid());
+  std::filesystem::create_directories(folder);
+  const std::filesystem::path program = folder / "child helper";
+  std::filesystem::copy_file(CHILD_HELPER, program, std::filesystem::copy_options::overwrite_existing);
+  {
+    clsQuietChild child(program.string(), "args one \"two words\" \"\" last");
+    EXPECT_EQ(child.commandLine(), "\"" + program.string() + "\" args one \"two words\" \"\" last");
+    ASSERT_TRUE(child.start());
+    ASSERT_TRUE(child.waitStarted());
+    EXPECT_EQ(nextLine(child), "folder [" + std::filesystem::canonical(folder).string() + "]");
+    EXPECT_EQ(nextLine(child), "[one]");
+    EXPECT_EQ(nextLine(child), "[two words]");
+    EXPECT_EQ(nextLine(child), "[]");
+    EXPECT_EQ(nextLine(child), "[last]");
+    EXPECT_EQ(nextLine(child), "end");
+    ASSERT_TRUE(waitDead(child));
+    EXPECT_EQ(child.exitStatus(), 0);
+    EXPECT_EQ(child.reports(), Words{"# process terminated!"});
+  }
+  std::filesystem::remove_all(folder);
+}
+
+TEST(ChildProcessTest, CommandLineIsCutAt8191Characters) {
+  const std::string program = CHILD_HELPER;
+  clsQuietChild child(program, "args " + std::string(10000, 'p'));
+  ASSERT_EQ(child.commandLine().size(), 8191u);
+  child.start();
+  ASSERT_TRUE(child.waitStarted());
+  nextLine(child);  // the folder
+  // 8191 less the quoted program, the blank and "args ".
+  EXPECT_EQ(nextLine(child), "[" + std::string(8191 - program.size() - 2 - 1 - 5, 'p') + "]");
+  EXPECT_EQ(nextLine(child), "end");
+}
+
+// More than one read buffer at once: every byte arrives, in order.
+TEST(ChildProcessTest, LargeOutputArrivesWholeAndInOrder) {
+  constexpr long Bytes = 300000;
+  clsQuietChild flood(CHILD_HELPER, "flood " + std::to_string(Bytes));
+  flood.start();
+  ASSERT_TRUE(waitDead(flood));
+  std::size_t total = 0;
+  long expected = 0;
+  for (std::string line; !(line = flood.takeLine()).empty(); ++expected) {
+    char number[32];
+    std::snprintf(number, sizeof number, "line %07ld ", expected);
+    ASSERT_EQ(line, number + std::string(40, 'a' + expected % 26));
+    total += line.size() + 1;
+  }
+  EXPECT_EQ(expected, Bytes / 54);  // 54 bytes a line; the cut last line stays partial
+  EXPECT_EQ(total, static_cast<std::size_t>(Bytes / 54 * 54));
+
+  clsQuietChild longLine(CHILD_HELPER, "longline 100000");
+  longLine.start();
+  ASSERT_TRUE(waitDead(longLine));
+  const std::string line = longLine.takeLine();
+  EXPECT_EQ(line.size(), 100000u);
+  EXPECT_EQ(line.find_first_not_of('x'), std::string::npos);
+  EXPECT_EQ(longLine.takeLine(), "");
+}
+
+// Lines both ways, standard error on the same pipe, a line in two pieces
+// handed over only once complete, the exit code, then writes that fail.
+TEST(ChildProcessTest, DialogueExitAndSendingToTheDead) {
+  clsQuietChild child(CHILD_HELPER, "echo");
+  EXPECT_FALSE(child.sendLine("too early"));
+  child.start();
+  ASSERT_TRUE(child.waitStarted());
+  EXPECT_GT(child.pid(), 0);
+  EXPECT_TRUE(child.alive());
+  EXPECT_TRUE(child.send(""));
+  EXPECT_TRUE(child.sendLine("hello"));
+  EXPECT_EQ(nextLine(child), "got hello");
+  EXPECT_TRUE(child.sendLine("err"));
+  EXPECT_EQ(nextLine(child), "to standard error");
+  EXPECT_TRUE(child.sendLine("partial"));
+  for (const std::int64_t until = nowMs() + 5000; !child.hasLine() && nowMs() < until;) {
+    EXPECT_EQ(child.takeLine(), "");
+    sleepMs(5);
+  }
+  EXPECT_EQ(child.takeLine(), "first half, second half");
+  EXPECT_EQ(child.exitStatus(), -1);
+  EXPECT_TRUE(child.sendLine("exit 7"));
+  ASSERT_TRUE(waitDead(child));
+  EXPECT_EQ(child.exitStatus(), 7);
+  EXPECT_EQ(child.reports(), Words{"# process terminated!"});
+  EXPECT_FALSE(child.sendLine("anyone?"));
+  EXPECT_FALSE(child.send("x"));
+}
+
+TEST(ChildProcessTest, EndOfInputEndsTheChild) {
+  clsQuietChild child(CHILD_HELPER, "echo");
+  child.start();
+  ASSERT_TRUE(child.waitStarted());
+  child.closeInput();
+  EXPECT_EQ(child.waitExit(5000), 0);
+  EXPECT_FALSE(child.alive());
+}
+
+TEST(ChildProcessTest, ProgramsThatCannotStart) {
+  clsQuietChild empty;
+  empty.start();
+  EXPECT_FALSE(empty.waitStarted());
+  EXPECT_EQ(empty.startError(), "no program to start");
+  EXPECT_EQ(empty.reports(), Words{"# error: no program to start"});
+  EXPECT_FALSE(empty.alive());
+  EXPECT_FALSE(empty.sendLine("x"));
+
+  clsQuietChild missing("/nonexistent folder/engine");
+  missing.start();
+  EXPECT_FALSE(missing.waitStarted());
+  EXPECT_EQ(missing.startError(), "# error 2: No such file or directory");
+  EXPECT_FALSE(missing.alive());
+  EXPECT_EQ(missing.reports(), Words{});
+}
+
+// The destructor grants a live child its second, then kills and reaps it:
+// the process id is gone, not a zombie.
+TEST(ChildProcessTest, DestroyingLeavesNoProcess) {
+  pid_t pid = 0;
+  std::int64_t took = 0;
+  {
+    clsQuietChild child("sleep", "60");
+    child.start();
+    ASSERT_TRUE(child.waitStarted());
+    pid = child.pid();
+    ASSERT_EQ(kill(pid, 0), 0);
+    took = nowMs();
+  }
+  took = nowMs() - took;
+  EXPECT_GE(took, clsRedirectedChild::DESTROY_GRACE_MS);
+  EXPECT_EQ(kill(pid, 0), -1);
+  EXPECT_EQ(errno, ESRCH);
+
+  clsQuietChild closed("sleep", "60");
+  closed.start();
+  ASSERT_TRUE(closed.waitStarted());
+  pid = closed.pid();
+  closed.close();
+  EXPECT_FALSE(closed.alive());
+  EXPECT_EQ(closed.exitStatus(), 128 + SIGKILL);
+  EXPECT_EQ(kill(pid, 0), -1);
+}
+
+// A parent killed outright takes its engine with it: the helper starts
+// "sleep 60" through the class and is killed with SIGKILL; this process,
+// made the orphan's reaper, sees the sleeper die of SIGKILL too.
+TEST(ChildProcessTest, KilledParentTakesItsChildAlong) {
+  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+  clsQuietChild holder(CHILD_HELPER, "hold sleep");
+  holder.start();
+  ASSERT_TRUE(holder.waitStarted());
+  const std::string line = nextLine(holder);
+  ASSERT_EQ(line.rfind("child ", 0), 0u) << line;
+  const pid_t grandchild = static_cast<pid_t>(std::stol(line.substr(6)));
+  ASSERT_EQ(kill(grandchild, 0), 0);
+  ASSERT_EQ(kill(holder.pid(), SIGKILL), 0);
+  ASSERT_TRUE(waitDead(holder));
+  EXPECT_EQ(holder.exitStatus(), 128 + SIGKILL);
+  int status = 0;
+  pid_t reaped = 0;
+  for (const std::int64_t until = nowMs() + 5000; reaped == 0 && nowMs() < until; sleepMs(1)) {
+    reaped = waitpid(grandchild, &status, WNOHANG);
+  }
+  prctl(PR_SET_CHILD_SUBREAPER, 0);
+  if (reaped == 0) kill(grandchild, SIGKILL);
+  ASSERT_EQ(reaped, grandchild);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(WTERMSIG(status), SIGKILL);
+}
+
+}  // namespace

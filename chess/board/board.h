@@ -116,6 +116,8 @@ class clsBoard {
   int legalFilter();
   // Saves, generates and filters; returns the legal move count of the current frame.
   int generateLegal();
+  // The legal move with these squares and promotion letter, left in the current frame, or null.
+  const Move* findLegalMove(u64 from, u64 to, char promotion);
   // Plays the legal move with these squares and promotion letter; false leaves the position.
   bool playMove(u64 from, u64 to, char promotion);
   // Makes a generated move for real: en-passant square, make, finish, the
@@ -130,6 +132,13 @@ class clsBoard {
   // Coordinate form (e2e4, e7e8=q) or long form (Pe2-e4, Pe4xPd5); "------" for none.
   static std::string moveText(const Move* move, bool longForm);
   bool readCoordinateMove(std::string_view text);
+  // The legal move the coordinate text names, left in the current frame, or null.
+  const Move* findCoordinateMove(std::string_view text);
+  // Standard algebraic notation of a legal move of the current position, with
+  // "+" or "#" when it checks or mates (Nbd7, exd6, e8=Q+, O-O-O#). For the
+  // root frame of a played game: the position is left as it was, the frame's
+  // move list is not.
+  std::string sanText(const Move& move);
   // The matching legal move of the current position (left in the current frame), or null.
   const Move* readSANMove(std::string_view text);
   static std::string sanPattern(std::string_view san);

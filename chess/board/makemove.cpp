@@ -84,18 +84,22 @@ u32 promotionNibble(char letter) {
 }
 }  // namespace
 
-bool clsBoard::playMove(u64 from, u64 to, char promotion) {
+const Move* clsBoard::findLegalMove(u64 from, u64 to, char promotion) {
   savePosition();
-  if (generate(-1) == 0 || legalFilter() == 0) return false;
+  if (generate(-1) == 0 || legalFilter() == 0) return nullptr;
   const u32 nibble = promotionNibble(promotion);
   for (const Move* m = frame_->first; m < frame_->end; ++m) {
-    if (m->from == from && m->to == to && (m->flags & mf::PROMOTION) == nibble && m->isMove()) {
-      const Move chosen = *m;
-      playRecord(chosen);
-      return true;
-    }
+    if (m->from == from && m->to == to && (m->flags & mf::PROMOTION) == nibble && m->isMove()) return m;
   }
-  return false;
+  return nullptr;
+}
+
+bool clsBoard::playMove(u64 from, u64 to, char promotion) {
+  const Move* found = findLegalMove(from, to, promotion);
+  if (found == nullptr) return false;
+  const Move chosen = *found;
+  playRecord(chosen);
+  return true;
 }
 
 void clsBoard::playRecord(const Move& move) {

@@ -47,6 +47,50 @@ bool matchesPattern(const std::string& pattern, const char* longForm, int length
   return true;
 }
 
+struct CoordinateMove {
+  u64 from;
+  u64 to;
+  char promotion;
+};
+
+// e2e4, e7e8q or e7e8=q; squares that do not read give 0.
+CoordinateMove splitCoordinateMove(std::string_view text) {
+  char chars[6] = {0, 0, 0, 0, 0, 0};
+  for (std::size_t i = 0; i < 6 && i < text.size(); ++i) chars[i] = text[i];
+  const char promotion = chars[4] == '=' ? chars[5] : chars[4];
+  return CoordinateMove{squareFromText(chars), squareFromText(chars + 2), promotion};
+}
+
+// SAN without the check mark. `first`..`end` are the position's legal moves,
+// searched for another piece of the same kind reaching the same square: the
+// from-file tells them apart when it can, else the from-rank, else both.
+std::string sanBody(const Move& m, const Move* first, const Move* end) {
+  constexpr u64 FILE_G = 0x0202020202020202ull;
+  if (m.flags & mf::CASTLING) return (m.to & FILE_G) ? "O-O" : "O-O-O";
+  const std::string from = squareText(m.from), to = squareText(m.to);
+  const int type = m.movingType();
+  std::string san;
+  if (type == PAWN || (m.flags & mf::EN_PASSANT)) {
+    if (m.isCapture() || (m.flags & mf::EN_PASSANT)) san = from.substr(0, 1) + "x";
+    san += to;
+    if (m.isPromotion()) san += std::string("=") + PIECE_LETTERS[m.promotionType() & 7];
+    return san;
+  }
+  bool rival = false, sameFile = false, sameRank = false;
+  for (const Move* other = first; other < end; ++other) {
+    if (!other->isMove() || other->to != m.to || other->from == m.from || other->movingType() != type) continue;
+    if (other->flags & mf::CASTLING) continue;
+    rival = true;
+    const std::string otherFrom = squareText(other->from);
+    sameFile |= otherFrom[0] == from[0];
+    sameRank |= otherFrom[1] == from[1];
+  }
+  san = PIECE_LETTERS[type & 7];
+  if (rival) san += !sameFile ? from.substr(0, 1) : !sameRank ? from.substr(1, 1) : from;
+  if (m.isCapture()) san += 'x';
+  return san + to;
+}
+
 }  // namespace
 
 std::string clsBoard::moveText(const Move* move, bool longForm) {
@@ -64,14 +108,27 @@ std::string clsBoard::moveText(const Move* move, bool longForm) {
 }
 
 bool clsBoard::readCoordinateMove(std::string_view text) {
-  char chars[6] = {0, 0, 0, 0, 0, 0};
-  for (std::size_t i = 0; i < 6 && i < text.size(); ++i) chars[i] = text[i];
-  const u64 from = squareFromText(chars);
-  const u64 to = squareFromText(chars + 2);
-  const char promotion = chars[4] == '=' ? chars[5] : chars[4];
-  if (!playMove(from, to, promotion)) return false;
+  const CoordinateMove c = splitCoordinateMove(text);
+  if (!playMove(c.from, c.to, c.promotion)) return false;
   onMovePlayed();
   return true;
+}
+
+const Move* clsBoard::findCoordinateMove(std::string_view text) {
+  const CoordinateMove c = splitCoordinateMove(text);
+  return findLegalMove(c.from, c.to, c.promotion);
+}
+
+std::string clsBoard::sanText(const Move& chosen) {
+  const Move move = chosen;  // the frame is regenerated below
+  const Position before = pos_;
+  generateLegal();
+  std::string san = sanBody(move, frame_->first, frame_->end);
+  makePlayed(move);
+  if (ownKingAttacked()) san += generateLegal() == 0 ? '#' : '+';
+  pos_ = before;
+  savePosition();
+  return san;
 }
 
 // Builds a pattern laid out like the long form,

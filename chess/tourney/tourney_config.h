@@ -1,0 +1,85 @@
+#pragma once
+// The tournament file, read once into plain records before any game exists.
+// Every value is read, defaulted and held within bounds here; the run and
+// the games only read the result.
+//
+//   <tourney name="blitz" type="gauntlet">            type: gauntlet, learning, else all-play-all
+//     <options><rounds>2</rounds><logfolder>logs</logfolder><threads>2</threads></options>
+//     <clock moves_per_second="0" game_ms="10000" increment_ms="100"/>
+//     <engines>
+//       <engine active="true" name="Self" protocol="embedded" parameters="soul=..."/>
+//       <engine active="true" name="Other" filename="/usr/games/fairymax" protocol="xboard"/>
+//     </engines>
+//     <pgn><header><Site>Home</Site></header></pgn>
+//   </tourney>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kbuChess {
+
+enum TourneyType : int { ALL_PLAY_ALL = 0, GAUNTLET = 1, LEARNING = 2 };
+
+// One active "engine" element. `protocol` is the text as written: "uci",
+// "embedded", anything else speaks xboard.
+struct PlayerConfig {
+  std::string name;
+  std::string filename;
+  std::string parameters;
+  std::string protocol;
+
+  bool embedded() const { return protocol == "embedded"; }
+  bool uci() const { return protocol == "uci"; }
+};
+
+struct TourneyConfig {
+  // Bounds of the numbers read; values outside are brought inside with a warning.
+  static constexpr std::int64_t MAX_ROUNDS = 100000;
+  static constexpr std::int64_t MAX_THREADS = 128;
+  static constexpr std::int64_t MIN_GAME_MS = 100;
+  static constexpr std::int64_t MAX_GAME_MS = 86400000;  // a day
+  static constexpr std::int64_t MAX_INCREMENT_MS = 3600000;
+  static constexpr std::int64_t MAX_MOVES_PER_SECOND = 1000000;
+
+  bool loaded = false;  // the file held a "tourney" element
+  std::string name;
+  int type = ALL_PLAY_ALL;
+  bool roundsFlag = false;  // the "rounds" text is exactly "true"
+  int rounds = 1;
+  std::string logFolder;
+  std::string logPath;  // folder + "/" + name + ".log", empty without a folder
+  int threads = 1;      // 0 is kept as read; the run plays one game at a time then
+  // Moves per time period written into the time-control tags; 0 without a "clock" element.
+  int movesPerSecond = 0;
+  int gameMs = 60000;
+  int incrementMs = 0;
+  std::vector<PlayerConfig> players;  // active engines in file order
+  std::vector<std::pair<std::string, std::string>> pgnHeaders;
+
+  // How many games may run at once.
+  int gamesAtOnce() const { return threads < 1 ? 1 : threads; }
+};
+
+// Reads the XML text. Problems are "# ..." lines appended to `messages`: not
+// XML or no "tourney" element (then no players), numbers out of bounds,
+// skipped header tags, players without a name or a program file.
+TourneyConfig readTourneyText(std::string_view xml, std::vector<std::string>& messages);
+// Reads a file; a file that cannot be read gives "# error N: text".
+TourneyConfig readTourneyFile(const std::string& path, std::vector<std::string>& messages);
+
+// Whether a header tag from the file is used: a name PGN can carry (a letter,
+// then letters, digits and "_"), not one of the tags the games write
+// themselves (White, Black, Round, Result, Reason, Forfeit_ms, Kobu...), and a
+// value without the word "Kobu", which marks the program's own tags. An empty
+// string means yes, otherwise the reason why not.
+std::string headerTagProblem(std::string_view name, std::string_view value);
+
+// The event's name as part of a file name: "/", "\\" and control characters
+// become "_"; an empty name gives "tourney".
+std::string fileNamePart(std::string_view name);
+// folder + "/" + file, or file alone when the folder is empty.
+std::string joinPath(std::string_view folder, std::string_view file);
+
+}  // namespace kbuChess

@@ -1,0 +1,182 @@
+// The game record: result codes and their texts, the codes the game loop
+// derives from engine answers and board states, points, tags, move text and
+// the repetition rule.
+#include "chess/tourney/game_record.h"
+
+#include <gtest/gtest.h>
+
+namespace kbuChess {
+namespace {
+
+TEST(GameRecordTest, ResultAndReasonTextsFollowTheirPrecedence) {
+  struct Case {
+    std::uint32_t code;
+    const char* result;
+    const char* reason;
+  };
+  const Case cases[] = {
+      {0x0001, "?", "?"},
+      {0x0016, "1-0", "mate"},
+      {0x001A, "0-1", "mate"},
+      {0x002A, "0-1", "forfeit"},
+      {0x0026, "1-0", "forfeit"},
+      {0x0046, "1-0", "resign"},
+      {0x004A, "0-1", "resign"},
+      {0x0082, "1-0", "adjudication"},
+      {0x010A, "0-1", "illegal move"},
+      {0x0600, "1/2-1/2", "50 moves"},
+      {0x0A00, "1/2-1/2", "triple repetition"},
+      {0x1200, "1/2-1/2", "stalemate"},
+      {0x2200, "1/2-1/2", "insufficient material"},
+      {0x4006, "1-0", "engine crashed"},
+      {0x8000, "*", "game aborted"},
+      {0x0000, "", ""},
+      // Undecided wins over everything, a draw over a decision, a decision over an abort.
+      {0x0217, "?", "?"},
+      {0x8202, "1/2-1/2", "game aborted"},
+      {0x800A, "0-1", "game aborted"},
+      {0x4130, "", "mate"},
+      {0x4120, "", "forfeit"},
+      {0x4100, "", "illegal move"},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(resultText(c.code), c.result) << std::hex << c.code;
+    EXPECT_EQ(reasonText(c.code), c.reason) << std::hex << c.code;
+  }
+}
+
+TEST(GameRecordTest, CodesForClaimsLossesAndBoardEnds) {
+  EXPECT_EQ(claimCode("1/2-1/2"), 0x0200u);
+  EXPECT_EQ(claimCode("1-0"), 0x0006u);
+  EXPECT_EQ(claimCode("0-1"), 0x000Au);
+  EXPECT_EQ(claimCode("?"), 0x0001u);
+  EXPECT_EQ(claimCode("*"), 0x8000u);
+  EXPECT_EQ(claimCode("1-0 "), 0u);
+  EXPECT_EQ(claimCode(""), 0u);
+
+  EXPECT_EQ(lossCode(WHITE, rc::FORFEIT), 0x002Au);
+  EXPECT_EQ(lossCode(BLACK, rc::FORFEIT), 0x0026u);
+  EXPECT_EQ(lossCode(WHITE, rc::ENGINE_CRASHED), 0x400Au);
+  EXPECT_EQ(lossCode(BLACK, rc::ENGINE_CRASHED), 0x4006u);
+  EXPECT_EQ(illegalMoveCode(WHITE), 0x010Au);
+  EXPECT_EQ(illegalMoveCode(BLACK), 0x0102u);
+  EXPECT_EQ(resultText(0x0102), "1-0");
+  // A resignation is scored for the side that resigned.
+  EXPECT_EQ(resignCode(WHITE), 0x0046u);
+  EXPECT_EQ(resignCode(BLACK), 0x004Au);
+
+  EXPECT_EQ(claimedResultCode("1/2-1/2 {draw by repetition}", WHITE), 0x0200u);
+  EXPECT_EQ(claimedResultCode("{agreed} 1/2-1/2", BLACK), 0x0200u);
+  EXPECT_EQ(claimedResultCode("0-1 {White resigns}", WHITE), 0x004Au);
+  EXPECT_EQ(claimedResultCode("1-0 {Black resigns}", BLACK), 0x0042u);
+  EXPECT_EQ(resultText(0x0042), "1-0");
+  // Wins claimed on one's own move are ignored, and so are words that only contain a result.
+  EXPECT_EQ(claimedResultCode("1-0 {White mates}", WHITE), 0u);
+  EXPECT_EQ(claimedResultCode("0-1 {Black mates}", BLACK), 0u);
+  EXPECT_EQ(claimedResultCode("1/2-1/2x", WHITE), 0u);
+  EXPECT_EQ(claimedResultCode("", BLACK), 0u);
+
+  EXPECT_EQ(gameEndCode(GameEnd::Mate, WHITE), 0x0016u);
+  EXPECT_EQ(gameEndCode(GameEnd::Mate, BLACK), 0x001Au);
+  EXPECT_EQ(gameEndCode(GameEnd::Stalemate, BLACK), 0x1200u);
+  EXPECT_EQ(gameEndCode(GameEnd::FiftyMoves, WHITE), 0x0600u);
+  EXPECT_EQ(gameEndCode(GameEnd::InsufficientMaterial, WHITE), 0x2200u);
+  EXPECT_EQ(gameEndCode(GameEnd::None, WHITE), 0u);
+}
+
+TEST(GameRecordTest, PointsComeFromTheMaskedCode) {
+  struct Case {
+    std::uint32_t code;
+    int white, black;
+    bool decided;
+  };
+  const Case cases[] = {
+      {0x0016, 2, 0, true},  {0x001A, 0, 2, true},  {0x0046, 2, 0, true},  {0x0042, 2, 0, true},  {0x400A, 0, 2, true},
+      {0x0A00, 1, 1, true},  {0x2200, 1, 1, true},  {0x8000, 0, 0, false}, {0x0001, 0, 0, false}, {0x0201, 0, 0, false},
+      {0x8002, 0, 0, false}, {0x0000, 0, 0, false}, {0x0004, 0, 0, false},
+  };
+  for (const Case& c : cases) {
+    const GamePoints points = gamePoints(c.code);
+    EXPECT_EQ(points.white, c.white) << std::hex << c.code;
+    EXPECT_EQ(points.black, c.black) << std::hex << c.code;
+    EXPECT_EQ(points.decided, c.decided) << std::hex << c.code;
+  }
+}
+
+using Tags = std::vector<clsGame::Tag>;
+
+TEST(GameRecordTest, TagsKeepInsertionOrderAndResultTagsReplaceInPlace) {
+  clsGame game;
+  EXPECT_EQ(game.result(), 0x0001u);
+  EXPECT_TRUE(game.undecided());
+  game.setTag("Event", "blitz");
+  game.setTag("Result", "*");
+  game.setTag("White", "A");
+  game.setTag("Event", "rapid");
+  EXPECT_EQ(game.tags(), (Tags{{"Event", "rapid"}, {"Result", "*"}, {"White", "A"}}));
+  EXPECT_EQ(game.tag("White"), "A");
+  EXPECT_EQ(game.tag("Black"), "");
+  EXPECT_FALSE(game.hasTag("Black"));
+
+  // A forfeit: the game's tag first, then the result in place and the reason last.
+  game.setTag("Forfeit_ms", "1001>1000");
+  game.setResult(0x002A);
+  EXPECT_EQ(game.result(), 0x002Au);
+  EXPECT_FALSE(game.undecided());
+  EXPECT_EQ(
+      game.tags(),
+      (Tags{
+          {"Event", "rapid"}, {"Result", "0-1"}, {"White", "A"}, {"Forfeit_ms", "1001>1000"}, {"Reason", "forfeit"}}));
+  game.setResult(0x8000);
+  EXPECT_EQ(game.tag("Result"), "*");
+  EXPECT_EQ(game.tag("Reason"), "game aborted");
+  EXPECT_EQ(game.tags().size(), 5u);
+}
+
+TEST(GameRecordTest, MoveTextNumbersWhiteMovesAndResetKeepsTheTags) {
+  clsGame game;
+  EXPECT_EQ(game.startFen(), "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
+  game.setTag("Round", "2");
+  for (const char* move : {"e4", "e5", "Nf3", "Nc6", "Bb5"}) game.addMove(move);
+  EXPECT_EQ(game.moveText(), "1. e4 e5 2. Nf3 Nc6 3. Bb5 ");
+  EXPECT_EQ(game.plies(), 5);
+  game.addPosition(7);
+  game.setResult(0x0A00);
+
+  game.reset();
+  EXPECT_EQ(game.moveText(), "");
+  EXPECT_EQ(game.plies(), 0);
+  EXPECT_TRUE(game.positions().empty());
+  EXPECT_EQ(game.result(), 0x0001u);
+  EXPECT_EQ(game.tags(), (Tags{{"Round", "2"}, {"Result", "1/2-1/2"}, {"Reason", "triple repetition"}}));
+  game.addMove("d4");
+  EXPECT_EQ(game.moveText(), "1. d4 ");
+}
+
+// The repetition rule counts earlier entries from index 1 on: a position ends
+// the game when it stands for the fourth time, the first entry (the start
+// position) only on its fifth occurrence.
+TEST(GameRecordTest, RepetitionSkipsTheFirstEntry) {
+  clsGame game;
+  // Knights out and back: start S, then a, b, c, S, a, b, c, ...
+  const std::uint64_t cycle[] = {100, 1, 2, 3};
+  int firstRepeat = -1;
+  for (int i = 0; i < 20 && firstRepeat < 0; ++i)
+    if (game.addPosition(cycle[i % 4])) firstRepeat = i;
+  // Position a stands at 1, 5, 9 and 13: its fourth time ends the game, while
+  // S (at 0, 4, 8, 12) has been counted only at 4 and 8.
+  EXPECT_EQ(firstRepeat, 13);
+
+  clsGame same;
+  const bool expected[] = {false, false, false, false, true, true};
+  for (bool repeat : expected) EXPECT_EQ(same.addPosition(42), repeat);
+  EXPECT_EQ(same.positions().size(), 6u);
+
+  clsGame afterStart;
+  afterStart.addPosition(5);
+  for (int i = 0; i < 3; ++i) EXPECT_FALSE(afterStart.addPosition(9));
+  EXPECT_TRUE(afterStart.addPosition(9));
+}
+
+}  // namespace
+}  // namespace kbuChess

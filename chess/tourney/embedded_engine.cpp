@@ -16,6 +16,7 @@ clsEmbeddedEngine::clsEmbeddedEngine(const std::string& name, const std::string&
     selectSoul(soul);
   }
   readFEN(START_FEN);
+  gameFen_ = clsEngine::fen();
   setEcho(false);  // replies are for the game, not the console
   setKeep(true);
 }
@@ -44,6 +45,7 @@ void clsEmbeddedEngine::NewGame() {
   clsEngineInterface::NewGame();  // empties the history; nothing to send
   takeAll();
   readFEN(START_FEN);
+  gameFen_ = clsEngine::fen();
 }
 
 void clsEmbeddedEngine::Go() {
@@ -55,9 +57,10 @@ void clsEmbeddedEngine::PlayMove(const std::string& move, int side) {
   control_.abandon();
   moveHistory_ += move + " ";
   if (!readCoordinateMove(move)) {
-    Log("cannot play " + move + " on " + clsEngine::fen());
+    Log("cannot play " + move + " on " + gameFen_);
     return;
   }
+  gameFen_ = clsEngine::fen();
   if (side != colour_) Go();
 }
 

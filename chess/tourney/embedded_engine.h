@@ -47,7 +47,8 @@ class clsEmbeddedEngine : public clsEngineInterface, private clsEngine {
   void PlayMove(const std::string& move, int side) override;
 
   const std::string& soul() const { return soulName(); }
-  std::string fen() const { return clsEngine::fen(); }
+  // The game's position (the board itself belongs to a running search).
+  const std::string& fen() const { return gameFen_; }
   bool thinking() const { return searching(); }
 
  protected:
@@ -55,6 +56,7 @@ class clsEmbeddedEngine : public clsEngineInterface, private clsEngine {
 
  private:
   clsEngineShare table_;
+  std::string gameFen_;
   clsSearchControl control_{*this};
 };
 

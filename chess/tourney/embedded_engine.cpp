@@ -50,7 +50,7 @@ void clsEmbeddedEngine::NewGame() {
 
 void clsEmbeddedEngine::Go() {
   // One period for the whole game: the same share the xboard loop takes.
-  control_.start(thinkBudget(ownClock_, 0, 0), 0);
+  control_.start(moveTimeMs_ > 0 ? moveTimeMs_ : thinkBudget(ownClock_, 0, 0), 0);
 }
 
 void clsEmbeddedEngine::PlayMove(const std::string& move, int side) {
@@ -62,6 +62,12 @@ void clsEmbeddedEngine::PlayMove(const std::string& move, int side) {
   }
   gameFen_ = clsEngine::fen();
   if (side != colour_) Go();
+}
+
+void clsEmbeddedEngine::PlayOpeningMove(const std::string& move) {
+  control_.abandon();
+  moveHistory_ += move + " ";
+  if (readCoordinateMove(move)) gameFen_ = clsEngine::fen();
 }
 
 }  // namespace kbuChess

@@ -45,6 +45,9 @@ class clsEmbeddedEngine : public clsEngineInterface, private clsEngine {
   void NewGame() override;
   void Go() override;
   void PlayMove(const std::string& move, int side) override;
+  void PlayOpeningMove(const std::string& move) override;
+  // A fixed time per move instead of a share of the clock; 0: from the clock.
+  void setMoveTime(int ms) { moveTimeMs_ = ms < 0 ? 0 : ms; }
 
   const std::string& soul() const { return soulName(); }
   // The game's position (the board itself belongs to a running search).
@@ -58,6 +61,7 @@ class clsEmbeddedEngine : public clsEngineInterface, private clsEngine {
   clsEngineShare table_;
   std::string gameFen_;
   clsSearchControl control_{*this};
+  int moveTimeMs_ = 0;
 };
 
 }  // namespace kbuChess

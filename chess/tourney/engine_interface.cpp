@@ -50,6 +50,7 @@ void clsEngineInterface::Sync() {
 
 void clsEngineInterface::NewGame() {
   moveHistory_.clear();
+  forced_ = false;
   if (protocol_ == PROTOCOL_UCI) {
     Send("ucinewgame");
     Send("position startpos");
@@ -87,6 +88,18 @@ void clsEngineInterface::PlayMove(const std::string& move, int side) {
   }
   Send("time " + std::to_string(ownClock_ / 10));
   Send("otim " + std::to_string(opponentClock_ / 10));
+  Send(move);
+  // After an opening the engine was in force mode: the move alone would not
+  // make it think.
+  if (forced_) Send("go");
+  forced_ = false;
+}
+
+void clsEngineInterface::PlayOpeningMove(const std::string& move) {
+  moveHistory_ += move + " ";
+  if (protocol_ == PROTOCOL_UCI) return;  // the history goes out with the first "position"
+  if (!forced_) Send("force");
+  forced_ = true;
   Send(move);
 }
 

@@ -64,6 +64,10 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   virtual void Go();
   // A move of the game in coordinate notation; side 0 White, 1 Black.
   virtual void PlayMove(const std::string& move, int side);
+  // A move of the game's opening, played before the players take over; the
+  // side to move then gets Go() (xboard engines are kept in force mode
+  // meanwhile and told "go" with their first move).
+  virtual void PlayOpeningMove(const std::string& move);
   void Quit();
 
   // Readies the player for a game as colour with both clocks at gameMs and
@@ -109,6 +113,7 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   std::int32_t opponentClock_ = 0;
   std::int32_t opponentIncrement_ = 0;
   int protocol_;
+  bool forced_ = false;  // xboard: "force" was sent for an opening
 
  private:
   std::string translateXboard(const std::string& word, const std::string& rest);

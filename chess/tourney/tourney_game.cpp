@@ -1,0 +1,263 @@
+#include "chess/tourney/tourney_game.h"
+
+#include <exception>
+
+#include "chess/board/game_state.h"
+#include "chess/tourney/embedded_engine.h"
+#include "chess/tourney/external_engine.h"
+#include "chess/tourney/pgn_output.h"
+#include "chess/tourney/tourney_text.h"
+
+namespace kbuChess {
+
+namespace {
+
+const char* const SIDE_NAMES[2] = {"white", "black"};
+
+// An embedded player's soul: its parameters (a preset's name or a soul text),
+// else its own name taken as a preset's name.
+std::string embeddedSoul(const PlayerConfig& player) {
+  return player.parameters.empty() ? player.name : player.parameters;
+}
+
+// First word and the rest of a reply.
+void splitReply(const std::string& reply, std::string& word, std::string& rest) {
+  const std::size_t blank = reply.find(' ');
+  word = reply.substr(0, blank);
+  rest = blank == std::string::npos ? std::string() : reply.substr(blank + 1);
+}
+
+}  // namespace
+
+clsTourneyGame::clsTourneyGame(clsTourneyHost& host, int number, clsPlayer* white, clsPlayer* black,
+                               const GameClock& clock)
+    : clsThread("game " + std::to_string(number)), host_(host), number_(number), players_{white, black},
+      clock_(clock) {
+  board_.output().setEcho(false);
+}
+
+clsTourneyGame::~clsTourneyGame() {
+  cancel();
+  wait();
+}
+
+bool clsTourneyGame::start() {
+  started_ = true;
+  finished_.store(false);
+  cancelled_.store(false);
+  if (clsThread::start()) return true;
+  finished_.store(true);  // never ran: counts as done so the round can end
+  return false;
+}
+
+void clsTourneyGame::rearm() {
+  wait();
+  started_ = false;
+  finished_.store(false);
+  cancelled_.store(false);
+}
+
+std::vector<std::string> clsTourneyGame::logLines() {
+  kobubase::clsLock lock(logLock_);
+  return log_;
+}
+
+void clsTourneyGame::logPlayer(int colour, const std::string& text) {
+  const std::string line = logLine(kobubase::nowMs() - moveStartMs_, SIDE_NAMES[colour & 1], text);
+  kobubase::clsLock lock(logLock_);
+  log_.push_back(line);
+}
+
+// A line of the game itself: to its log and to the run's console and log.
+void clsTourneyGame::log(const std::string& text) {
+  {
+    kobubase::clsLock lock(logLock_);
+    log_.push_back(logLine(durationMs_, "game " + std::to_string(number_), text));
+  }
+  host_.hostLog("game " + std::to_string(number_), text);
+}
+
+void clsTourneyGame::run() {
+  const std::int64_t started = kobubase::nowMs();
+  try {
+    play();
+  } catch (const std::exception&) {
+    log("game aborted do to software exception!");
+  } catch (...) {
+    log("game aborted do to software exception!");
+  }
+  durationMs_ = kobubase::nowMs() - started;
+  try {
+    endAdapters();
+    writeFiles();
+  } catch (...) {
+    log("game aborted do to software exception!");
+  }
+  host_.gameFinished(*this);
+  finished_.store(true);
+}
+
+void clsTourneyGame::play() {
+  game_.reset();
+  {
+    kobubase::clsLock lock(logLock_);
+    log_.clear();
+  }
+  board_.readFEN(clsGame::START_FEN);
+  board_.resetFrames();
+  if (players_[0] == nullptr || players_[1] == nullptr) return;
+  log(matchLine(players_[0]->name(), players_[1]->name()));
+  if (!createAdapters()) {
+    setResult(rc::ABORTED);
+  } else if (playOpening()) {
+    side_ = WHITE;
+    moveStartMs_ = kobubase::nowMs();
+    adapters_[WHITE]->Go();
+    loop();
+  }
+  score();
+}
+
+bool clsTourneyGame::createAdapters() {
+  for (int colour = WHITE; colour <= BLACK; ++colour) {
+    adapters_[colour] = makeAdapter(colour);
+    if (!adapters_[colour]) return false;
+    clocks_[colour] = clock_.gameMs;
+    // A player that never gets ready is not an error here: it will not move
+    // and loses on time; one whose program could not start loses as crashed.
+    adapters_[colour]->Prepare(colour, clock_.gameMs, clock_.incrementMs);
+    if (cancelled_.load()) return false;
+  }
+  return true;
+}
+
+std::unique_ptr<clsEngineInterface> clsTourneyGame::makeAdapter(int colour) {
+  const clsPlayer& player = *players_[colour];
+  if (player.config().embedded()) {
+    auto engine = std::make_unique<clsEmbeddedEngine>(player.name(), embeddedSoul(player.config()), this);
+    engine->setMoveTime(clock_.movetimeMs);
+    return engine;
+  }
+  const int protocol = player.config().uci() ? clsEngineInterface::PROTOCOL_UCI : clsEngineInterface::PROTOCOL_XBOARD;
+  return std::make_unique<clsExternalEngine>(player.name(), player.filename(), player.parameters(), protocol, this);
+}
+
+// The opening's moves are played on the board and told to both players as
+// moves of the game; an opening move that is not legal ends the opening.
+bool clsTourneyGame::playOpening() {
+  for (const std::string& move : opening_) {
+    std::string san;
+    if (!playCoordinateMove(board_, move, san)) break;
+    game_.addMove(san);
+    game_.addPosition(repetitionKey(board_.position()));
+    for (int colour = WHITE; colour <= BLACK; ++colour) adapters_[colour]->PlayOpeningMove(move);
+  }
+  if (board_.position().side != WHITE) {
+    log("an opening must end with White to move; it was cut");
+    return false;
+  }
+  return true;
+}
+
+void clsTourneyGame::loop() {
+  while (!cancelled_.load() && game_.undecided()) {
+    const std::int64_t elapsed = kobubase::nowMs() - moveStartMs_;
+    clsEngineInterface& mover = *adapters_[side_];
+    if (clocks_[side_] < elapsed) {
+      const std::string over = std::to_string(elapsed) + ">" + std::to_string(clocks_[side_]);
+      game_.setTag("Forfeit_ms", over);
+      log(forfeitLine(players_[side_]->name(), elapsed, clocks_[side_]));
+      setResult(lossCode(side_, rc::FORFEIT));
+      break;
+    }
+    mover.Service();
+    const std::string reply = mover.nextReply();
+    if (reply.empty()) {
+      if (mover.HasEnded()) {
+        log(crashLine(players_[side_]->name()));
+        setResult(lossCode(side_, rc::ENGINE_CRASHED));
+        break;
+      }
+      kobubase::sleepMs(1);
+      continue;
+    }
+    logPlayer(side_, reply);
+    if (!takeReply(reply, elapsed)) break;
+  }
+}
+
+bool clsTourneyGame::takeReply(const std::string& reply, std::int64_t elapsed) {
+  std::string word, rest;
+  splitReply(reply, word, rest);
+  if (word == "move") return takeMove(rest.substr(0, rest.find(' ')), elapsed);
+  if (word == "resign") {
+    setResult(resignCode(side_));
+    return false;
+  }
+  if (word == "result") {
+    const std::uint32_t code = claimedResultCode(rest, side_);
+    if (code == 0) return true;
+    setResult(code);
+    return false;
+  }
+  return true;
+}
+
+bool clsTourneyGame::takeMove(const std::string& move, std::int64_t elapsed) {
+  const int mover = side_;
+  clocks_[mover] = static_cast<std::int32_t>(clocks_[mover] + clock_.incrementMs - elapsed);
+  std::string san;
+  if (move.empty() || !playCoordinateMove(board_, move, san)) {
+    setResult(illegalMoveCode(mover));
+    return false;
+  }
+  game_.addMove(san);
+  if (game_.addPosition(repetitionKey(board_.position()))) {
+    setResult(rc::DRAW | rc::REPETITION);
+    return false;
+  }
+  if (const std::uint32_t end = gameEndCode(gameEnd(board_), mover); end != 0) {
+    setResult(end);
+    return false;
+  }
+  if (clock_.maxPlies > 0 && game_.plies() >= clock_.maxPlies) {
+    setResult(rc::DRAW | rc::ADJUDICATION);
+    return false;
+  }
+  adapters_[mover]->PlayMove(move, mover);
+  side_ = mover ^ 1;
+  moveStartMs_ = kobubase::nowMs();
+  adapters_[WHITE]->setClocks(clocks_[WHITE], clocks_[BLACK]);
+  adapters_[BLACK]->setClocks(clocks_[BLACK], clocks_[WHITE]);
+  adapters_[side_]->PlayMove(move, mover);
+  return true;
+}
+
+void clsTourneyGame::setResult(std::uint32_t code) {
+  game_.setResult(code);
+  log(resultLine(code));
+}
+
+void clsTourneyGame::score() {
+  const GamePoints points = gamePoints(game_.result());
+  if (!points.decided) return;
+  const int half[2] = {points.white, points.black};
+  for (int colour = WHITE; colour <= BLACK; ++colour) {
+    const int total = players_[colour]->addGame(half[colour]);
+    log(scoreLine(players_[colour]->name(), half[colour], total));
+  }
+}
+
+void clsTourneyGame::endAdapters() {
+  for (auto& adapter : adapters_) {
+    if (adapter) adapter->Stop();
+    adapter.reset();
+  }
+}
+
+void clsTourneyGame::writeFiles() {
+  if (fileBase_.empty()) return;
+  for (const std::string& problem : writeGameFiles(game_, logLines(), fileBase_)) host_.hostLog("game " + std::to_string(number_), problem);
+}
+
+}  // namespace kbuChess

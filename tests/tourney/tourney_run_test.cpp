@@ -1,0 +1,198 @@
+// Whole tournaments through the real program: `talvena -use=tourney -ini=F`
+// with the scripted fake engine for every fault a real engine will not
+// commit, and Debian's fairymax for a real opponent. The results file, the
+// PGN (read by pgn-extract and by our own reader), Ctrl-C and kill -9 are
+// checked on what the program leaves behind.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "base/output.h"
+#include "chess/book/pgn_file.h"
+#include "tests/e2e/engine_process.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Lines = std::vector<std::string>;
+
+const std::string FAIRYMAX = "/usr/games/fairymax";
+
+// A fresh folder for one test's tournament files.
+std::string freshFolder(const std::string& name) {
+  const fs::path folder = fs::path(testing::TempDir()) / ("tourney-" + name + "-" + std::to_string(getpid()));
+  fs::remove_all(folder);
+  fs::create_directories(folder);
+  return folder.string();
+}
+
+std::string engineElement(const std::string& name, const std::string& protocol, const std::string& file,
+                          const std::string& parameters) {
+  return "<engine active=\"true\" name=\"" + name + "\" protocol=\"" + protocol + "\" filename=\"" + file +
+         "\" parameters=\"" + parameters + "\"/>";
+}
+
+std::string writeTourney(const std::string& folder, const std::string& name, const std::string& clock, int threads,
+                         const Lines& engines) {
+  std::ostringstream xml;
+  xml << "<tourney name=\"" << name << "\" type=\"gauntlet\"><options><rounds>1</rounds><logfolder>" << folder
+      << "</logfolder><threads>" << threads << "</threads></options>" << clock << "<engines>";
+  for (const std::string& engine : engines) xml << engine;
+  xml << "</engines></tourney>";
+  const std::string path = folder + "/" + name + ".xml";
+  std::ofstream(path) << xml.str();
+  return path;
+}
+
+// "white black result reason" for every line of the results file.
+std::map<std::string, std::string> readResults(const std::string& path) {
+  std::map<std::string, std::string> results;
+  std::ifstream in(path);
+  std::string line;
+  std::getline(in, line);
+  EXPECT_EQ(line, "round\tgame\twhite\tblack\tresult\treason\tplies\tms");
+  while (std::getline(in, line)) {
+    std::vector<std::string> fields;
+    std::stringstream split(line);
+    for (std::string field; std::getline(split, field, '\t');) fields.push_back(field);
+    if (fields.size() < 6) continue;
+    results[fields[2] + "-" + fields[3]] = fields[4] + (fields.size() > 5 ? " " + fields[5] : "");
+  }
+  return results;
+}
+
+// Runs the tournament to its end and answers what it printed.
+Lines runTourney(const std::string& ini, int timeoutMs) {
+  EngineProcess talvena(TALVENA_BIN, {"-use=tourney", "-ini=" + ini});
+  Lines lines = talvena.readUntil("# bye bye", timeoutMs);
+  EXPECT_TRUE(talvena.found()) << (lines.empty() ? "" : lines.back());
+  return lines;
+}
+
+bool printed(const Lines& lines, const std::string& text) {
+  return std::find(lines.begin(), lines.end(), text) != lines.end();
+}
+
+// Processes whose command line holds the marker (the fakes get it as a log file name).
+int processesWith(const std::string& marker) {
+  int count = 0;
+  for (const auto& entry : fs::directory_iterator("/proc")) {
+    std::ifstream cmdline(entry.path() / "cmdline");
+    std::string text((std::istreambuf_iterator<char>(cmdline)), std::istreambuf_iterator<char>());
+    std::replace(text.begin(), text.end(), '\0', ' ');
+    if (text.find(marker) != std::string::npos && text.find("fake_engine") != std::string::npos) ++count;
+  }
+  return count;
+}
+
+TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
+  const std::string folder = freshFolder("faults");
+  const std::string fake = FAKE_ENGINE;
+  const std::string ini = writeTourney(folder, "faults", "<clock game_ms=\"3000\" increment_ms=\"0\"/>", 10,
+                                       {engineElement("Self", "embedded", "", "Simple5"),
+                                        engineElement("Illegal", "xboard", fake, "xboard illegal"),
+                                        engineElement("Crash", "uci", fake, "uci crash=1"),
+                                        engineElement("Silent", "xboard", fake, "xboard silent"),
+                                        engineElement("Resign", "xboard", fake, "xboard claim=resign"),
+                                        engineElement("Draw", "xboard", fake, "xboard claim=1/2-1/2")});
+  const Lines lines = runTourney(ini, 120000);
+  EXPECT_TRUE(printed(lines, "# starting tourney..."));
+  const std::map<std::string, std::string> expected = {
+      {"Self-Illegal", "1-0 illegal move"},   {"Illegal-Self", "0-1 illegal move"},
+      {"Self-Crash", "1-0 engine crashed"},   {"Crash-Self", "0-1 engine crashed"},
+      {"Self-Silent", "1-0 forfeit"},         {"Silent-Self", "0-1 forfeit"},
+      // An xboard "resign" line is no reply: the resigner just loses on time.
+      {"Self-Resign", "1-0 forfeit"},         {"Resign-Self", "0-1 forfeit"},
+      {"Self-Draw", "1/2-1/2 "},              {"Draw-Self", "1/2-1/2 "},
+  };
+  EXPECT_EQ(readResults(folder + "/faults-1-results.tsv"), expected);
+  // Self: 2 + 2 + 2 + 2 + (forfeits 2) + draws 1 + 1 = 18 of 20 half-points.
+  EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const std::string& l) {
+    return l.find("'Self' result 1 score 18") != std::string::npos || l.find("'Self' result 2 score 18") != std::string::npos;
+  }));
+  EXPECT_TRUE(fs::exists(folder + "/faults-1-3.log"));
+}
+
+TEST(TourneyRun, GamesAgainstFairymaxEndByTheRulesAndTheirPgnReadsCleanly) {
+  const std::string folder = freshFolder("fairymax");
+  ASSERT_TRUE(fs::exists(FAIRYMAX)) << "tests/run.sh installs fairymax";
+  const std::string ini = writeTourney(folder, "real", "<clock game_ms=\"6000\" increment_ms=\"100\"/>", 2,
+                                       {engineElement("Self", "embedded", "", "Simple5"),
+                                        engineElement("Fairy-Max", "xboard", FAIRYMAX, "")});
+  runTourney(ini, 180000);
+  const std::map<std::string, std::string> results = readResults(folder + "/real-1-results.tsv");
+  ASSERT_EQ(results.size(), 2u);
+  for (const auto& [pair, verdict] : results) {
+    for (const char* bad : {"illegal move", "engine crashed", "game aborted", "forfeit", "?"}) {
+      EXPECT_EQ(verdict.find(bad), std::string::npos) << pair << ": " << verdict;
+    }
+  }
+  for (int game = 1; game <= 2; ++game) {
+    const std::string pgn = folder + "/real-1-" + std::to_string(game) + ".pgn";
+    const std::string command = "pgn-extract -s -r " + pgn + " 2>&1";
+    std::FILE* pipe = popen(command.c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    std::string report;
+    for (int c; (c = std::fgetc(pipe)) != EOF;) report += static_cast<char>(c);
+    EXPECT_EQ(pclose(pipe), 0) << report;
+    EXPECT_EQ(report.find("rror"), std::string::npos) << report;
+    EXPECT_EQ(report.find("arning"), std::string::npos) << report;
+    kobubase::clsOutBuffer out;
+    out.setEcho(false);
+    out.setKeep(true);
+    kbuChess::clsPGNFile reader(out, 400);
+    ASSERT_TRUE(reader.readFile(pgn));
+    EXPECT_EQ(reader.games(), 1u);
+    for (const std::string& line : out.takeAll()) EXPECT_EQ(line.find("illegal"), std::string::npos) << line;
+  }
+}
+
+// Ctrl-C: running games are stopped, the standings so far printed, every
+// engine ended, and the program ends with status 0.
+TEST(TourneyRun, CtrlCWindsDownAndLeavesNoEngineBehind) {
+  const std::string folder = freshFolder("sigint");
+  const std::string marker = folder + "/sigint-marker";
+  const std::string ini = writeTourney(folder, "sigint", "<clock game_ms=\"600000\"/>", 2,
+                                       {engineElement("Self", "embedded", "", "Simple5"),
+                                        engineElement("Slow", "xboard", FAKE_ENGINE, "xboard silent log=" + marker)});
+  EngineProcess talvena(TALVENA_BIN, {"-use=tourney", "-ini=" + ini});
+  talvena.readUntil("# ROUND 1/1", 20000);
+  ASSERT_TRUE(talvena.found());
+  kobubase::sleepMs(2500);  // both games have their engines
+  EXPECT_EQ(processesWith(marker), 2);
+  ::kill(talvena.pid(), SIGINT);
+  const Lines lines = talvena.readUntil("# bye bye", 30000);
+  EXPECT_TRUE(talvena.found());
+  EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const std::string& l) { return l.find("cancel") != std::string::npos; }));
+  EXPECT_EQ(talvena.waitExit(10000), 0);
+  EXPECT_EQ(processesWith(marker), 0);
+}
+
+// kill -9 of the program in the middle of a game: its engines die with it.
+TEST(TourneyRun, KilledProgramLeavesNoOrphanEngine) {
+  const std::string folder = freshFolder("kill");
+  const std::string marker = folder + "/kill-marker";
+  const std::string ini = writeTourney(folder, "kill", "<clock game_ms=\"600000\"/>", 2,
+                                       {engineElement("Self", "embedded", "", "Simple5"),
+                                        engineElement("Slow", "xboard", FAKE_ENGINE, "xboard silent log=" + marker)});
+  EngineProcess talvena(TALVENA_BIN, {"-use=tourney", "-ini=" + ini});
+  talvena.readUntil("# ROUND 1/1", 20000);
+  ASSERT_TRUE(talvena.found());
+  kobubase::sleepMs(2500);
+  ASSERT_EQ(processesWith(marker), 2);
+  ::kill(talvena.pid(), SIGKILL);
+  talvena.waitExit(5000);
+  int left = 2;
+  for (int wait = 0; wait < 100 && (left = processesWith(marker)) > 0; ++wait) kobubase::sleepMs(20);
+  EXPECT_EQ(left, 0);
+}
+
+}  // namespace

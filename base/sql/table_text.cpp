@@ -45,9 +45,9 @@ std::vector<std::string> tableLines(const SqlResult& result, std::size_t maxRows
     for (std::size_t c = 0; c < cells.size(); ++c) {
       const std::string pad(width[c] - cells[c].size(), ' ');
       if (c) text += "  ";
-      text += numeric[c] ? pad + cells[c] : cells[c] + (c + 1 < cells.size() ? pad : "");
+      text += numeric[c] ? pad + cells[c] : cells[c] + pad;
     }
-    return text;
+    return text.erase(text.find_last_not_of(' ') + 1);
   };
   std::vector<std::string> lines{line(result.columns)};
   std::string rule;

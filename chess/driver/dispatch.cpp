@@ -67,6 +67,8 @@ const clsTalvena::Command clsTalvena::COMMANDS[] = {
     {"\\loadbook", &clsTalvena::cmdLoadBook},
     {"\\savebook", &clsTalvena::cmdSaveBook},
     {"\\listbook", &clsTalvena::cmdListBook},
+    {"\\sql", &clsTalvena::cmdSql},
+    {"\\odbc", &clsTalvena::cmdOdbc},
 };
 
 int clsTalvena::dispatch(const std::string& word, const std::string& rest) {

@@ -120,7 +120,7 @@ int clsTalvena::cmdBuildBooks(const std::string& rest) { return commandBuildBook
 
 int clsTalvena::cmdCvBooks(const std::string& rest) { return commandCvBooks(rest, *this); }
 
-// Soul learning and the expression console are not part of this build; the
+// Soul learning is not part of this build; the
 // commands keep their names and usage lines so that scripts get a clear answer.
 int clsTalvena::cmdLearn(const std::string& rest) {
   if (wordAt(rest, 0).empty() || !positiveNumbers(rest, 1, 4)) {
@@ -142,11 +142,6 @@ int clsTalvena::cmdPlay(const std::string& rest) {
   } else {
     print("# \\play is not available in this build");
   }
-  return CMD_PRINTED;
-}
-
-int clsTalvena::cmdConsole(const std::string&) {
-  print("# the expression console is not available in this build");
   return CMD_PRINTED;
 }
 

@@ -7,6 +7,7 @@
 
 #include "chess/board/tables.h"
 #include "chess/book/book_commands.h"
+#include "chess/driver/console.h"
 #include "chess/tourney/tourney.h"
 
 namespace kbuChess {
@@ -109,6 +110,7 @@ void clsTalvena::serviceEngine() {
 }
 
 int clsTalvena::execute(const std::string& line) {
+  if (consoleMode_) return consoleLine(line);
   std::size_t start = line.find_first_not_of(' ');
   if (start == std::string::npos) return CMD_IGNORED;
   const std::size_t blank = line.find(' ', start);

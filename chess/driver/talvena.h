@@ -7,7 +7,8 @@
 //
 // Sources: talvena.cpp (construction, main routine, loop, think),
 // dispatch.cpp (the command table and the xboard commands),
-// maintenance.cpp (backslash commands), epd_test.cpp (the EPD test run).
+// maintenance.cpp (backslash commands), epd_test.cpp (the EPD test run),
+// console_commands.cpp (the expression console mode, "\sql", "\odbc").
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -27,6 +28,8 @@
 #include "chess/engine/search_control.h"
 
 namespace kbuChess {
+
+class clsConsole;
 
 // Who the engine plays for. The loop lets the engine move in modes 2 to 5.
 enum PlayMode : int { MODE_FORCE = 0, MODE_ENGINE_WHITE = 2, MODE_ENGINE_BLACK = 3, MODE_EPD_TEST = 5 };
@@ -80,6 +83,8 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   clsEngine& engine() { return engine_; }
   const ProtocolState& state() const { return state_; }
   const std::string& logPath() const { return logPath_; }
+  // True while input lines go to the expression console ("\console" .. "exit").
+  bool inConsole() const { return consoleMode_; }
 
  protected:
   void run() override;
@@ -166,6 +171,13 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   // A preset name, a soul text NAME=v1 ... or a file whose first line is one.
   void loadSoul(const std::string& text);
 
+  // --- console_commands.cpp
+  int cmdSql(const std::string& rest);
+  int cmdOdbc(const std::string& rest);
+  int consoleLine(const std::string& line);
+  clsConsole& console();
+  void printComments(const std::vector<std::string>& lines);
+
   // --- epd_test.cpp
   int cmdEpd(const std::string& rest);
   void startNextEpdPosition();
@@ -182,6 +194,8 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   ProtocolState state_;
   EpdRun epd_;
   std::unique_ptr<kobubase::clsStdInThread> reader_;
+  std::unique_ptr<clsConsole> console_;
+  bool consoleMode_ = false;
 };
 
 }  // namespace kbuChess

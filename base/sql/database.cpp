@@ -1,0 +1,156 @@
+#include "base/sql/database.h"
+
+#include <sqlite3.h>
+
+#include <chrono>
+
+namespace kobubase {
+
+namespace {
+
+// Called by SQLite every few thousand steps; a non-zero answer interrupts.
+int progressCheck(void* deadline) {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count() > *static_cast<std::int64_t*>(deadline);
+}
+
+SqlCell columnCell(sqlite3_stmt* statement, int i) {
+  switch (sqlite3_column_type(statement, i)) {
+    case SQLITE_INTEGER: return static_cast<std::int64_t>(sqlite3_column_int64(statement, i));
+    case SQLITE_FLOAT: return sqlite3_column_double(statement, i);
+    case SQLITE_NULL: return nullptr;
+    default: {
+      const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, i));
+      return std::string(text ? text : "", static_cast<std::size_t>(sqlite3_column_bytes(statement, i)));
+    }
+  }
+}
+
+bool bindCell(sqlite3_stmt* statement, int i, const SqlCell& cell) {
+  if (const auto* n = std::get_if<std::int64_t>(&cell)) return sqlite3_bind_int64(statement, i, *n) == SQLITE_OK;
+  if (const auto* d = std::get_if<double>(&cell)) return sqlite3_bind_double(statement, i, *d) == SQLITE_OK;
+  if (const auto* s = std::get_if<std::string>(&cell)) {
+    return sqlite3_bind_text(statement, i, s->data(), static_cast<int>(s->size()), SQLITE_TRANSIENT) == SQLITE_OK;
+  }
+  return sqlite3_bind_null(statement, i) == SQLITE_OK;
+}
+
+std::int64_t nowMs() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+}  // namespace
+
+clsDatabase::clsDatabase() {
+  if (sqlite3_open(":memory:", &db_) != SQLITE_OK) {
+    sqlite3_close(db_);
+    db_ = nullptr;
+  }
+}
+
+clsDatabase::~clsDatabase() { sqlite3_close(db_); }
+
+SqlResult clsDatabase::query(const std::string& sql) {
+  SqlResult result;
+  if (!db_) return SqlResult{false, "no database", {}, {}, 0, 0};
+  std::int64_t deadline = nowMs() + queryLimitMs_;
+  sqlite3_progress_handler(db_, 10000, progressCheck, &deadline);
+  const char* tail = sql.c_str();
+  const int before = sqlite3_total_changes(db_);
+  while (tail && *tail) {
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v2(db_, tail, -1, &statement, &tail) != SQLITE_OK) {
+      result = SqlResult{false, sqlite3_errmsg(db_), {}, {}, 0, 0};
+      break;
+    }
+    if (!statement) continue;  // blanks or a comment
+    const int columns = sqlite3_column_count(statement);
+    if (columns > 0) {
+      result.columns.clear();
+      result.rows.clear();
+      result.dropped = 0;
+      for (int i = 0; i < columns; ++i) result.columns.emplace_back(sqlite3_column_name(statement, i));
+    }
+    int step;
+    while ((step = sqlite3_step(statement)) == SQLITE_ROW) {
+      if (result.rows.size() >= MAX_RESULT_ROWS) {
+        ++result.dropped;
+        continue;
+      }
+      SqlRow row;
+      for (int i = 0; i < columns; ++i) row.push_back(columnCell(statement, i));
+      result.rows.push_back(std::move(row));
+    }
+    if (step != SQLITE_DONE) result = SqlResult{false, sqlite3_errmsg(db_), {}, {}, 0, 0};
+    sqlite3_finalize(statement);
+    if (!result.ok) break;
+  }
+  sqlite3_progress_handler(db_, 0, nullptr, nullptr);
+  result.changes = sqlite3_total_changes(db_) - before;
+  return result;
+}
+
+bool clsDatabase::exec(const std::string& sql, std::string& error) {
+  const SqlResult result = query(sql);
+  if (!result.ok) error = result.error;
+  return result.ok;
+}
+
+bool clsDatabase::replaceTable(const std::string& name, const std::vector<SqlColumn>& columns,
+                               const std::function<bool(SqlRow&)>& nextRow, std::string& error) {
+  if (columns.empty()) {
+    error = "a table needs a column";
+    return false;
+  }
+  std::string create = "CREATE TABLE " + quoteIdentifier(name) + " (";
+  std::string insert = "INSERT INTO " + quoteIdentifier(name) + " VALUES (";
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    create += (i ? ", " : "") + quoteIdentifier(columns[i].name) + " " + columns[i].type;
+    insert += i ? ", ?" : "?";
+  }
+  if (!exec("BEGIN; DROP TABLE IF EXISTS " + quoteIdentifier(name) + "; " + create + ");", error)) {
+    std::string ignored;
+    exec("ROLLBACK", ignored);
+    return false;
+  }
+  sqlite3_stmt* statement = nullptr;
+  bool good = sqlite3_prepare_v2(db_, (insert + ")").c_str(), -1, &statement, nullptr) == SQLITE_OK;
+  SqlRow row;
+  while (good && nextRow(row)) {
+    for (std::size_t i = 0; good && i < columns.size(); ++i) {
+      good = bindCell(statement, static_cast<int>(i) + 1, i < row.size() ? row[i] : SqlCell{nullptr});
+    }
+    good = good && sqlite3_step(statement) == SQLITE_DONE;
+    sqlite3_reset(statement);
+    row.clear();
+  }
+  if (!good) error = sqlite3_errmsg(db_);
+  sqlite3_finalize(statement);
+  std::string ignored;
+  return exec(good ? "COMMIT" : "ROLLBACK", good ? error : ignored) && good;
+}
+
+bool clsDatabase::replaceTable(const std::string& name, const std::vector<SqlColumn>& columns,
+                               const std::vector<SqlRow>& rows, std::string& error) {
+  std::size_t next = 0;
+  return replaceTable(
+      name, columns,
+      [&](SqlRow& row) {
+        if (next == rows.size()) return false;
+        row = rows[next++];
+        return true;
+      },
+      error);
+}
+
+std::string quoteIdentifier(const std::string& name) {
+  std::string text = "\"";
+  for (const char c : name) {
+    if (c == '"') text += '"';
+    text += c;
+  }
+  return text + "\"";
+}
+
+}  // namespace kobubase

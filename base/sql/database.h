@@ -1,0 +1,79 @@
+#pragma once
+// clsDatabase is the table layer of the console: one in-memory SQLite
+// database that holds the system tables the program fills on demand, the
+// tables copied from ODBC sources, and whatever the user creates with SQL.
+// Queries are guarded: a query running longer than QUERY_LIMIT_MS is
+// interrupted, so no statement can leave the console stuck.
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <variant>
+#include <vector>
+
+struct sqlite3;
+
+namespace kobubase {
+
+// One cell: NULL, integer, real or text.
+using SqlCell = std::variant<std::nullptr_t, std::int64_t, double, std::string>;
+using SqlRow = std::vector<SqlCell>;
+
+struct SqlColumn {
+  std::string name;
+  std::string type;  // "INTEGER", "REAL" or "TEXT"
+};
+
+// The rows of the last statement of a query, or the error that stopped it.
+struct SqlResult {
+  bool ok = true;
+  std::string error;
+  std::vector<std::string> columns;
+  std::vector<SqlRow> rows;
+  std::int64_t changes = 0;  // rows written by the statements
+  std::int64_t dropped = 0;  // rows beyond MAX_RESULT_ROWS, counted only
+};
+
+class clsDatabase {
+ public:
+  static constexpr int QUERY_LIMIT_MS = 20000;
+  // Rows kept of one result; the rest is counted but not held.
+  static constexpr std::size_t MAX_RESULT_ROWS = 100000;
+
+  clsDatabase();
+  ~clsDatabase();
+  clsDatabase(const clsDatabase&) = delete;
+  clsDatabase& operator=(const clsDatabase&) = delete;
+
+  bool ok() const { return db_ != nullptr; }
+  // How long one query may run before it is interrupted.
+  void setQueryLimitMs(int ms) { queryLimitMs_ = ms; }
+  // Runs every statement of the text; the result holds the rows of the last
+  // statement that returned rows, or the first error.
+  SqlResult query(const std::string& sql);
+  // Runs statements that return nothing; false with SQLite's message.
+  bool exec(const std::string& sql, std::string& error);
+  // Drops the table if present and fills a new one from the rows that
+  // nextRow hands out until it returns false; all in one transaction.
+  bool replaceTable(const std::string& name, const std::vector<SqlColumn>& columns,
+                    const std::function<bool(SqlRow&)>& nextRow, std::string& error);
+  // The same from rows held in memory.
+  bool replaceTable(const std::string& name, const std::vector<SqlColumn>& columns, const std::vector<SqlRow>& rows,
+                    std::string& error);
+  sqlite3* handle() { return db_; }
+
+ private:
+  sqlite3* db_ = nullptr;
+  int queryLimitMs_ = QUERY_LIMIT_MS;
+};
+
+// "name" in double quotes with inner quotes doubled, safe as an SQL identifier.
+std::string quoteIdentifier(const std::string& name);
+// The result as an aligned table: a header line, a rule of dashes, the rows
+// (numbers right-aligned, text left-aligned, NULL as "NULL") and a count line
+// "(N rows)". At most maxRows rows are shown; the count says how many exist.
+// An error result gives the one line "error: " and SQLite's message.
+std::vector<std::string> tableLines(const SqlResult& result, std::size_t maxRows = 200);
+// A cell as text: integers in decimal, reals with up to six significant digits.
+std::string cellText(const SqlCell& cell);
+
+}  // namespace kobubase

@@ -1,0 +1,70 @@
+// Table layer benchmark, run by hand:
+//   sql [ROWS] [RUNS]  fills a book of ROWS random positions (default one
+//       million), then times, RUNS times (default 5):
+//       refill + query: the console's query on book_all, which first copies
+//                       the whole book into the in-memory table, then runs it;
+//       query only:     the same SQL on the table already filled.
+// Prints one line per run and the medians.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "base/random.h"
+#include "chess/board/tables.h"
+#include "chess/book/book.h"
+#include "chess/driver/console.h"
+
+using namespace kbuChess;
+
+namespace {
+
+double secondsSince(std::chrono::steady_clock::time_point start) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+const char* const QUERY =
+    "SELECT count(*), sum(games), avg(score), max(wins) FROM book_all WHERE score >= 500 AND games > 10";
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const long rows = argc > 1 ? std::clamp(std::atol(argv[1]), 1L, 50000000L) : 1000000L;
+  const int runs = argc > 2 ? std::clamp(std::atoi(argv[2]), 1, 100) : 5;
+  kobubase::seedRandom();
+  initTables();
+  clsBook book;
+  std::vector<BookRecord> records;
+  records.reserve(static_cast<std::size_t>(rows));
+  for (long i = 0; i < rows; ++i) {
+    const u64 key = (u64{kobubase::randomAbs32()} << 33) ^ (u64{kobubase::randomAbs32()} << 2) ^ static_cast<u64>(i);
+    records.push_back(BookRecord{key, kobubase::randomAbs32() % 50, kobubase::randomAbs32() % 50,
+                                 kobubase::randomAbs32() % 50});
+  }
+  book.addMany(records);
+  clsEngine engine;
+  engine.output().setEcho(false);
+  const kobubase::clsOptions options;
+  clsConsole console(engine, book, options);
+  std::printf("book_all: %zu rows\n", book.count());
+  std::vector<double> full, queryOnly;
+  for (int run = 0; run < runs; ++run) {
+    auto start = std::chrono::steady_clock::now();
+    const std::vector<std::string> lines = console.query(QUERY);
+    full.push_back(secondsSince(start));
+    start = std::chrono::steady_clock::now();
+    const kobubase::SqlResult result = console.database().query(QUERY);
+    queryOnly.push_back(secondsSince(start));
+    std::printf("run %d: refill + query %.3f s, query only %.3f s   %s\n", run + 1, full.back(), queryOnly.back(),
+                lines.size() > 2 ? lines[2].c_str() : (lines.empty() ? "" : lines[0].c_str()));
+  }
+  std::printf("median: refill + query %.3f s, query only %.3f s\n", median(full), median(queryOnly));
+  return 0;
+}

@@ -1,0 +1,86 @@
+// The console's table layer: queries, their aligned text, errors, tables
+// filled from rows, and the guard against queries that never end.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "base/sql/database.h"
+
+namespace {
+
+using kobubase::clsDatabase;
+using kobubase::SqlRow;
+using kobubase::tableLines;
+using Lines = std::vector<std::string>;
+
+TEST(DatabaseTest, QueryResultsAsAlignedTables) {
+  clsDatabase db;
+  ASSERT_TRUE(db.ok());
+  EXPECT_EQ(tableLines(db.query("CREATE TABLE t(name TEXT, n INTEGER, r REAL); "
+                                "INSERT INTO t VALUES ('alpha', 5, 1.5), ('b', 12345, NULL), ('c\td', -7, 0.1)")),
+            Lines{"(3 rows changed)"});
+  EXPECT_EQ(tableLines(db.query("SELECT * FROM t ORDER BY n")), (Lines{
+                                                                     "name       n     r",
+                                                                     "-----  -----  ----",
+                                                                     "c d       -7   0.1",
+                                                                     "alpha      5   1.5",
+                                                                     "b      12345  NULL",
+                                                                     "(3 rows)",
+                                                                 }));
+  EXPECT_EQ(tableLines(db.query("SELECT count(*) AS how_many FROM t")),
+            (Lines{"how_many", "--------", "       3", "(1 row)"}));
+  EXPECT_EQ(tableLines(db.query("SELECT n FROM t ORDER BY n"), 2), (Lines{" n", "--", "-7", " 5", "(3 rows, 2 shown)"}));
+  EXPECT_EQ(tableLines(db.query("SELECT * FROM t WHERE n > 99999")), (Lines{"name  n  r", "----  -  -", "(0 rows)"}));
+}
+
+TEST(DatabaseTest, ErrorsCarrySqliteMessagesAndStopTheRest) {
+  clsDatabase db;
+  EXPECT_EQ(tableLines(db.query("SELECT * FROM missing")), Lines{"error: no such table: missing"});
+  EXPECT_EQ(tableLines(db.query("SELEC 1")), Lines{"error: near \"SELEC\": syntax error"});
+  EXPECT_EQ(tableLines(db.query("CREATE TABLE a(x); INSERT INTO nope VALUES (1); INSERT INTO a VALUES (1)")),
+            Lines{"error: no such table: nope"});
+  EXPECT_EQ(tableLines(db.query("SELECT count(*) FROM a")), (Lines{"count(*)", "--------", "       0", "(1 row)"}));
+  std::string error;
+  EXPECT_FALSE(db.exec("DROP TABLE nosuch", error));
+  EXPECT_EQ(error, "no such table: nosuch");
+  EXPECT_EQ(tableLines(db.query("")), Lines{"(0 rows changed)"});
+}
+
+TEST(DatabaseTest, TablesAreReplacedFromRows) {
+  clsDatabase db;
+  std::string error;
+  const std::vector<SqlRow> rows{{std::string("x"), std::int64_t{1}}, {nullptr, std::int64_t{-2}}};
+  ASSERT_TRUE(db.replaceTable("odd \"name\"", {{"s", "TEXT"}, {"n", "INTEGER"}}, rows, error)) << error;
+  EXPECT_EQ(tableLines(db.query("SELECT s, n FROM \"odd \"\"name\"\"\" ORDER BY n")),
+            (Lines{"s      n", "----  --", "NULL  -2", "x      1", "(2 rows)"}));
+  int next = 0;
+  ASSERT_TRUE(db.replaceTable("odd \"name\"", {{"v", "REAL"}},
+                              [&next](SqlRow& row) {
+                                if (next == 1000) return false;
+                                row.emplace_back(next++ * 0.5);
+                                return true;
+                              },
+                              error));
+  EXPECT_EQ(tableLines(db.query("SELECT count(*), sum(v) FROM \"odd \"\"name\"\"\"")),
+            (Lines{"count(*)  sum(v)", "--------  ------", "    1000  249750", "(1 row)"}));
+  EXPECT_FALSE(db.replaceTable("empty", {}, rows, error));
+  EXPECT_EQ(error, "a table needs a column");
+  EXPECT_EQ(kobubase::quoteIdentifier("a\"b"), "\"a\"\"b\"");
+}
+
+TEST(DatabaseTest, LongResultsAreCountedButNotHeldAndEndlessQueriesInterrupted) {
+  clsDatabase db;
+  const kobubase::SqlResult big = db.query(
+      "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c WHERE x < 100005) SELECT x FROM c");
+  ASSERT_TRUE(big.ok) << big.error;
+  EXPECT_EQ(big.rows.size(), clsDatabase::MAX_RESULT_ROWS);
+  EXPECT_EQ(big.dropped, 5);
+  EXPECT_EQ(tableLines(big, 1).back(), "(100005 rows, 1 shown)");
+  db.setQueryLimitMs(100);
+  EXPECT_EQ(tableLines(db.query("WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT count(*) FROM c")),
+            Lines{"error: interrupted"});
+  EXPECT_EQ(tableLines(db.query("SELECT 6 * 7 AS answer")), (Lines{"answer", "------", "    42", "(1 row)"}));
+}
+
+}  // namespace

@@ -1,0 +1,113 @@
+// The tournament results file: exact bytes written, the round trip, bad
+// lines reported by number and skipped, and the registry of this process.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "chess/tourney/results_file.h"
+
+namespace {
+
+using namespace kbuChess;
+using Lines = std::vector<std::string>;
+
+class ResultsFileTest : public testing::Test {
+ protected:
+  ResultsFileTest() {
+    char pattern[] = "/tmp/talvena_results_XXXXXX";
+    folder_ = mkdtemp(pattern) ? pattern : "/tmp";
+    path_ = folder_ + "/run.tsv";
+  }
+  ~ResultsFileTest() override { std::filesystem::remove_all(folder_); }
+  std::string contents() const {
+    std::ifstream in(path_, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+  }
+  void write(const std::string& text) { std::ofstream(path_, std::ios::binary) << text; }
+
+  std::string folder_, path_;
+};
+
+TEST_F(ResultsFileTest, LinesAreWrittenWithTheHeaderOnceAndReadBack) {
+  const GameResultRow first{1, 1, "Simple5", "fairymax", "1-0", "White mates", 87, 61234};
+  const GameResultRow second{1, 2, "fair\tymax", "Simple5", "1/2-1/2", "draw by\nrepetition", 40, 0};
+  EXPECT_EQ(resultsLine(first), "1\t1\tSimple5\tfairymax\t1-0\tWhite mates\t87\t61234");
+  ASSERT_TRUE(appendResultsLine(path_, first));
+  ASSERT_TRUE(appendResultsLine(path_, second));
+  EXPECT_EQ(contents(),
+            "round\tgame\twhite\tblack\tresult\treason\tplies\tms\n"
+            "1\t1\tSimple5\tfairymax\t1-0\tWhite mates\t87\t61234\n"
+            "1\t2\tfair ymax\tSimple5\t1/2-1/2\tdraw by repetition\t40\t0\n");
+  std::vector<GameResultRow> rows;
+  Lines problems;
+  ASSERT_TRUE(readResultsFile(path_, rows, problems));
+  EXPECT_EQ(problems, Lines{});
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(resultsLine(rows[0]), resultsLine(first));
+  EXPECT_EQ(rows[1].white, "fair ymax");
+  EXPECT_EQ(rows[1].reason, "draw by repetition");
+  EXPECT_FALSE(appendResultsLine(folder_ + "/no/such/folder/run.tsv", first));
+}
+
+TEST_F(ResultsFileTest, BadLinesAreReportedByNumberAndSkipped) {
+  write(std::string(RESULTS_HEADER) + "\r\n" +
+        "1\t1\tA\tB\t0-1\tBlack mates\t50\t900\r\n"
+        "1\t2\tA\n"
+        "x\t3\tA\tB\t1-0\tmate\t10\t5\n"
+        "\n"
+        "1\t4\tA\tB\t2-0\tmate\t10\t5\n"
+        "1\t5\tA\tB\t1-0\tmate\t-3\t5\n"
+        "1\t6\tA\tB\t1-0\tmate\t99999999999\t5\n"
+        "2\t7\tB\tA\t*\tinterrupted\t3\t12");
+  std::vector<GameResultRow> rows;
+  Lines problems;
+  ASSERT_TRUE(readResultsFile(path_, rows, problems));
+  EXPECT_EQ(problems, (Lines{"line 3: expected 8 tab-separated fields, found 3",
+                             "line 4: round, game, plies and ms must be whole numbers",
+                             "line 6: unknown result '2-0'",
+                             "line 7: round, game, plies and ms must be whole numbers",
+                             "line 8: round, game, plies and ms must be whole numbers"}));
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(resultsLine(rows[0]), "1\t1\tA\tB\t0-1\tBlack mates\t50\t900");
+  EXPECT_EQ(resultsLine(rows[1]), "2\t7\tB\tA\t*\tinterrupted\t3\t12");
+}
+
+TEST_F(ResultsFileTest, MissingFilesAndOtherFilesAreRefused) {
+  std::vector<GameResultRow> rows;
+  Lines problems;
+  EXPECT_FALSE(readResultsFile(folder_ + "/none.tsv", rows, problems));
+  EXPECT_EQ(problems, Lines{folder_ + "/none.tsv: No such file or directory"});
+  problems.clear();
+  write("[Event \"not a results file\"]\n");
+  EXPECT_FALSE(readResultsFile(path_, rows, problems));
+  EXPECT_EQ(problems, Lines{"line 1: not a results file (the header line is missing)"});
+  problems.clear();
+  write("");
+  EXPECT_FALSE(readResultsFile(path_, rows, problems));
+  EXPECT_EQ(rows.size(), 0u);
+}
+
+TEST_F(ResultsFileTest, RegistryKeepsEachFileOnceFromAnyThread) {
+  const std::size_t before = resultsFilesOfThisProcess().size();
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([t] {
+      for (int i = 0; i < 50; ++i) registerResultsFile("/tmp/registry_" + std::to_string((t + i) % 10) + ".tsv");
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  const Lines files = resultsFilesOfThisProcess();
+  EXPECT_EQ(files.size(), before + 10);
+  EXPECT_EQ(std::count(files.begin(), files.end(), "/tmp/registry_3.tsv"), 1);
+}
+
+}  // namespace

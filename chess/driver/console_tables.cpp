@@ -6,6 +6,7 @@
 
 #include "chess/book/book.h"
 #include "chess/driver/console.h"
+#include "chess/engine/engine.h"
 #include "chess/engine/soul.h"
 #include "chess/tourney/results_file.h"
 

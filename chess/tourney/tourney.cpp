@@ -163,7 +163,7 @@ void clsTourney::startGames(int& running) {
 
 void clsTourney::cancelGames() {
   for (const auto& game : games_) {
-    if (game->record().undecided()) game->cancel();
+    if (game->record().undecided()) game->stopGame();
   }
   log("cancel");
   kobubase::sleepMs(CANCEL_FIRST_PAUSE_MS);

@@ -37,7 +37,7 @@ clsTourneyGame::clsTourneyGame(clsTourneyHost& host, int number, clsPlayer* whit
 }
 
 clsTourneyGame::~clsTourneyGame() {
-  cancel();
+  stopGame();
   wait();
 }
 
@@ -63,7 +63,7 @@ std::vector<std::string> clsTourneyGame::logLines() {
 }
 
 void clsTourneyGame::logPlayer(int colour, const std::string& text) {
-  const std::string line = logLine(kobubase::nowMs() - moveStartMs_, SIDE_NAMES[colour & 1], text);
+  const std::string line = logLine(kobubase::nowMs() - gameStartMs_.load(), SIDE_NAMES[colour & 1], text);
   kobubase::clsLock lock(logLock_);
   log_.push_back(line);
 }
@@ -72,13 +72,14 @@ void clsTourneyGame::logPlayer(int colour, const std::string& text) {
 void clsTourneyGame::log(const std::string& text) {
   {
     kobubase::clsLock lock(logLock_);
-    log_.push_back(logLine(durationMs_, "game " + std::to_string(number_), text));
+    log_.push_back(logLine(kobubase::nowMs() - gameStartMs_.load(), "game " + std::to_string(number_), text));
   }
   host_.hostLog("game " + std::to_string(number_), text);
 }
 
 void clsTourneyGame::run() {
   const std::int64_t started = kobubase::nowMs();
+  gameStartMs_.store(started);
   try {
     play();
   } catch (const std::exception&) {

@@ -62,7 +62,7 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   // Makes the game ready to be played again (next round).
   void rearm();
   // Ends the game at its next pass; its result stays as it is.
-  void cancel() { cancelled_.store(true); }
+  void stopGame() { cancelled_.store(true); }
   std::int64_t durationMs() const { return durationMs_; }
   // The game's log lines so far (copy, under the lock).
   std::vector<std::string> logLines();
@@ -101,6 +101,7 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   int side_ = 0;
   std::int64_t moveStartMs_ = 0;
   std::int64_t durationMs_ = 0;
+  std::atomic<std::int64_t> gameStartMs_{0};  // log lines count from here
   bool started_ = false;
   std::atomic<bool> finished_{false};
   std::atomic<bool> cancelled_{false};

@@ -15,15 +15,16 @@
 #include <vector>
 
 #include "base/options.h"
-#include "base/text.h"
 #include "base/output.h"
 #include "base/stdin_thread.h"
+#include "base/text.h"
 #include "base/thread.h"
 #include "chess/book/book.h"
 #include "chess/driver/command_result.h"
-#include "chess/engine/time_control.h"
 #include "chess/engine/engine.h"
 #include "chess/engine/engine_share.h"
+#include "chess/engine/time_control.h"
+#include "chess/tourney/learning.h"
 
 namespace kbuChess {
 
@@ -161,6 +162,7 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   int cmdCvBooks(const std::string& rest);
   int cmdLearn(const std::string& rest);
   int cmdLearnt(const std::string& rest);
+  void runLearning(const LearningSettings& settings);
   int cmdPlay(const std::string& rest);
   int cmdConsole(const std::string& rest);
   void printMoveList();
@@ -180,6 +182,7 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   clsBook book_;
   ProtocolState state_;
   EpdRun epd_;
+  LearningSettings learning_;  // the last "\learn" settings, which "\learnt" reuses
   std::unique_ptr<kobubase::clsStdInThread> reader_;
 };
 

@@ -1,0 +1,81 @@
+#include "chess/tourney/engine_learning_games.h"
+
+#include <bit>
+#include <map>
+#include <memory>
+
+#include "base/thread.h"
+
+namespace kbuChess {
+
+namespace {
+
+enum class GameState { PLAYING, DRAWN, MOVER_MATED };
+
+// Searches for msPerMove (or until the search ends by itself) and returns the
+// engine's move; the first legal move when the search found none in time.
+Move searchMove(clsEngine& engine, int msPerMove, const std::atomic<bool>& stop) {
+  engine.resetFrames();
+  engine.setFixedDepth(0);
+  engine.start();
+  const std::int64_t deadline = kobubase::nowMs() + msPerMove;
+  while (engine.searching() && kobubase::nowMs() < deadline && !stop.load()) kobubase::sleepMs(1);
+  engine.stop();
+  Move move = engine.bestMove();
+  if (move.isMove()) return move;
+  engine.resetFrames();
+  const int count = engine.generateLegal();
+  if (count > 0) move = engine.frame().first[0];
+  return move;
+}
+
+// The state of the game for the side to move on `board`.
+GameState judge(clsBoard& board, std::map<std::string, int>& seen) {
+  board.resetFrames();
+  const int legal = board.generateLegal();
+  const bool inCheck = board.ownKingAttacked();
+  board.resetFrames();
+  if (legal <= 0) return inCheck ? GameState::MOVER_MATED : GameState::DRAWN;
+  if (board.halfMoveClock() >= 100) return GameState::DRAWN;
+  if (std::popcount(board.position().occupied) <= 2) return GameState::DRAWN;
+  if (++seen[board.fen()] >= 3) return GameState::DRAWN;
+  return GameState::PLAYING;
+}
+
+std::unique_ptr<clsEngine> makeEngine(const Soul& soul) {
+  auto engine = std::make_unique<clsEngine>();
+  engine->output().setEcho(false);
+  engine->applySoulText(soulLine(soul));
+  engine->readFEN(clsBoard::START_FEN);
+  return engine;
+}
+
+}  // namespace
+
+GameOutcome clsEngineLearningGames::play(const Soul& white, const Soul& black,
+                                         const std::vector<std::string>& openingMoves, int msPerMove, int maxMoves) {
+  std::unique_ptr<clsEngine> sides[2] = {makeEngine(white), makeEngine(black)};
+  int plies = 0;
+  for (const std::string& move : openingMoves) {
+    if (!sides[0]->readCoordinateMove(move) || !sides[1]->readCoordinateMove(move)) break;
+    ++plies;
+  }
+  std::map<std::string, int> seen;
+  while (plies < 2 * maxMoves) {
+    if (stop_.load()) return GameOutcome{1, false};
+    const int mover = sides[0]->position().side;
+    const GameState state = judge(*sides[mover], seen);
+    if (state == GameState::DRAWN) return GameOutcome{1, true};
+    if (state == GameState::MOVER_MATED) return GameOutcome{mover == 0 ? 0 : 2, true};
+    const Move move = searchMove(*sides[mover], msPerMove, stop_);
+    const std::string text = clsBoard::moveText(&move, false);
+    // A move the engine cannot replay loses for it; it cannot happen with a sound engine.
+    if (!sides[mover]->readCoordinateMove(text) || !sides[1 - mover]->readCoordinateMove(text)) {
+      return GameOutcome{mover == 0 ? 0 : 2, true};
+    }
+    ++plies;
+  }
+  return GameOutcome{1, true};
+}
+
+}  // namespace kbuChess

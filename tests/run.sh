@@ -23,7 +23,7 @@ cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE="$type" -DTALVENA_SANITIZE="$sanitize" -
 cmake --build "$dir" -j"$(nproc)"
 
 filter=()
-# ThreadSanitizer checks the code that runs threads: base, engine thread, driver and end-to-end.
-[ "$sanitize" = thread ] && filter=(-R '^(base|engine|driver|e2e)')
+# ThreadSanitizer checks the code that runs threads: base, engine thread, driver, end-to-end, learning.
+[ "$sanitize" = thread ] && filter=(-R '^(base|engine|driver|e2e|learning)')
 export ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 TSAN_OPTIONS=halt_on_error=1
 ctest --test-dir "$dir" --output-on-failure -j"$(nproc)" "${filter[@]}"

@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
-#include <fstream>
 #include <sstream>
 #include <string_view>
 
@@ -185,15 +184,22 @@ SoulFile parseSoulFile(const std::string& text, const std::string& source) {
 }
 
 bool readSoulFile(const std::string& path, SoulFile& file) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    file = SoulFile{};
+  file = SoulFile{};
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  std::string text;
+  ssize_t n = fd < 0 ? -1 : 0;
+  char chunk[65536];
+  while (fd >= 0 && ((n = ::read(fd, chunk, sizeof chunk)) > 0 || (n < 0 && errno == EINTR))) {
+    if (n > 0) text.append(chunk, static_cast<std::size_t>(n));
+  }
+  // A folder opens but cannot be read: both end here with the system's reason.
+  if (n < 0) {
     file.problems.push_back(kobubase::errorLine(errno) + " reading " + path);
+    if (fd >= 0) ::close(fd);
     return false;
   }
-  std::ostringstream text;
-  text << in.rdbuf();
-  file = parseSoulFile(text.str(), path);
+  ::close(fd);
+  file = parseSoulFile(text, path);
   return true;
 }
 

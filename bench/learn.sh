@@ -29,7 +29,7 @@ SIMPLE5="Simple5=7 20 2 20 4 1 5 2 5 8 1 8 10 10 20 5 1 5 10 5 10"
 echo "learning: $SOULS souls, $GENERATIONS generations, $MS ms per move, $MOVES moves; files in $WORK"
 start=$(date +%s%N)
 printf '\\learn %s %s %s %s %s\nquit\n' "$SOULFILE" "$GENERATIONS" "$SOULS" "$MS" "$MOVES" |
-  "$TALVENA" | grep -E '^# (generation|learning|soul file)'
+  "$TALVENA" | grep --line-buffered -E '^# (generation|learning|soul file)'
 end=$(date +%s%N)
 echo "learning wall time: $(((end - start) / 1000000)) ms"
 
@@ -56,7 +56,7 @@ cat >"$INI" <<XML
 XML
 
 echo "match: $((2 * ROUNDS)) games, $GAME_MS ms + $INC_MS ms per move, $THREADS at a time"
-(cd "$WORK" && "$TALVENA" -use=tourney -ini="$INI" >"$WORK/match.out" 2>&1)
+(cd "$WORK" && "$TALVENA" -use=tourney -ini="$INI" </dev/null >"$WORK/match.out" 2>&1)
 python3 - "$WORK" <<'PY'
 import glob, math, os, re, sys
 work = sys.argv[1]

@@ -61,12 +61,13 @@ GameOutcome clsEngineLearningGames::play(const Soul& white, const Soul& black,
     ++plies;
   }
   std::map<std::string, int> seen;
-  while (plies < 2 * maxMoves) {
+  while (true) {
     if (stop_.load()) return GameOutcome{1, false};
     const int mover = sides[0]->position().side;
+    // A mate on the last ply before the cap still counts.
     const GameState state = judge(*sides[mover], seen);
-    if (state == GameState::DRAWN) return GameOutcome{1, true};
     if (state == GameState::MOVER_MATED) return GameOutcome{mover == 0 ? 0 : 2, true};
+    if (state == GameState::DRAWN || plies >= 2 * maxMoves) return GameOutcome{1, true};
     const Move move = searchMove(*sides[mover], msPerMove, stop_);
     const std::string text = clsBoard::moveText(&move, false);
     // A move the engine cannot replay loses for it; it cannot happen with a sound engine.
@@ -75,7 +76,6 @@ GameOutcome clsEngineLearningGames::play(const Soul& white, const Soul& black,
     }
     ++plies;
   }
-  return GameOutcome{1, true};
 }
 
 }  // namespace kbuChess

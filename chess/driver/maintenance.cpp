@@ -160,7 +160,7 @@ void clsTalvena::runLearning(const LearningSettings& given) {
         ", threads " + std::to_string(settings.threads));
   // Interim runner: embedded engines played directly, until the tournament's
   // game loop plays learning games.
-  clsEngineLearningGames games;
+  clsEngineLearningGames games(settings.threads);
   clsRandomOpenings randomOpenings(settings.openingPlies);
   clsBookOpenings bookOpenings(book_, settings.openingPlies);
   clsOpenings& openings = book_.empty() ? static_cast<clsOpenings&>(randomOpenings) : bookOpenings;

@@ -1,5 +1,6 @@
 #include "chess/tourney/engine_learning_games.h"
 
+#include <algorithm>
 #include <bit>
 #include <map>
 #include <memory>
@@ -42,19 +43,50 @@ GameState judge(clsBoard& board, std::map<std::string, int>& seen) {
   return GameState::PLAYING;
 }
 
-std::unique_ptr<clsEngine> makeEngine(const Soul& soul) {
-  auto engine = std::make_unique<clsEngine>();
-  engine->output().setEcho(false);
-  engine->applySoulText(soulLine(soul));
-  engine->readFEN(clsBoard::START_FEN);
-  return engine;
+}  // namespace
+
+clsEngineLearningGames::clsEngineLearningGames(int games) {
+  for (int k = 0; k < std::max(games, 1); ++k) {
+    for (int side = 0; side < 2; ++side) {
+      engines_.push_back(std::make_unique<clsEngine>());
+      engines_.back()->output().setEcho(false);
+    }
+    free_.push_back(static_cast<std::size_t>(k));
+  }
 }
 
-}  // namespace
+clsEngineLearningGames::~clsEngineLearningGames() = default;
+
+std::size_t clsEngineLearningGames::borrow() {
+  std::unique_lock<std::mutex> guard(lock_);
+  returned_.wait(guard, [this] { return !free_.empty(); });
+  const std::size_t pair = free_.back();
+  free_.pop_back();
+  return pair;
+}
+
+void clsEngineLearningGames::giveBack(std::size_t pair) {
+  {
+    std::lock_guard<std::mutex> guard(lock_);
+    free_.push_back(pair);
+  }
+  returned_.notify_one();
+}
 
 GameOutcome clsEngineLearningGames::play(const Soul& white, const Soul& black,
                                          const std::vector<std::string>& openingMoves, int msPerMove, int maxMoves) {
-  std::unique_ptr<clsEngine> sides[2] = {makeEngine(white), makeEngine(black)};
+  const std::size_t pair = borrow();
+  clsEngine* sides[2] = {engines_[2 * pair].get(), engines_[2 * pair + 1].get()};
+  sides[0]->applySoulText(soulLine(white));
+  sides[1]->applySoulText(soulLine(black));
+  for (clsEngine* side : sides) side->readFEN(clsBoard::START_FEN);
+  const GameOutcome outcome = playOn(sides, openingMoves, msPerMove, maxMoves);
+  giveBack(pair);
+  return outcome;
+}
+
+GameOutcome clsEngineLearningGames::playOn(clsEngine* sides[2], const std::vector<std::string>& openingMoves,
+                                           int msPerMove, int maxMoves) {
   int plies = 0;
   for (const std::string& move : openingMoves) {
     if (!sides[0]->readCoordinateMove(move) || !sides[1]->readCoordinateMove(move)) break;

@@ -6,8 +6,7 @@
 namespace kobubase {
 namespace {
 std::mutex randomLock;
-std::uint64_t state0 = 0x9E3779B97F4A7C15ull;
-std::uint64_t state1 = 0xBF58476D1CE4E5B9ull;
+clsRandom shared;
 }  // namespace
 
 void seedRandom() {
@@ -17,22 +16,39 @@ void seedRandom() {
 
 void seedRandom(std::uint64_t s0, std::uint64_t s1) {
   std::lock_guard<std::mutex> guard(randomLock);
-  state0 = s0;
-  state1 = s1;
+  shared.seed(s0, s1);
 }
 
 std::uint64_t random64() {
   std::lock_guard<std::mutex> guard(randomLock);
-  std::uint64_t x = state0;
-  const std::uint64_t y = state1;
-  state0 = y;
-  x ^= x << 23;
-  state1 = x ^ y ^ (x >> 17) ^ (y >> 26);
-  return state1 + y;
+  return shared.next64();
 }
 
 std::uint32_t randomAbs32() {
-  const auto low = static_cast<std::int32_t>(static_cast<std::uint32_t>(random64()));
+  std::lock_guard<std::mutex> guard(randomLock);
+  return shared.abs32();
+}
+
+void clsRandom::seed(std::uint64_t s0, std::uint64_t s1) {
+  if (s0 == 0 && s1 == 0) {
+    s0 = 0x9E3779B97F4A7C15ull;
+    s1 = 0xBF58476D1CE4E5B9ull;
+  }
+  state0_ = s0;
+  state1_ = s1;
+}
+
+std::uint64_t clsRandom::next64() {
+  std::uint64_t x = state0_;
+  const std::uint64_t y = state1_;
+  state0_ = y;
+  x ^= x << 23;
+  state1_ = x ^ y ^ (x >> 17) ^ (y >> 26);
+  return state1_ + y;
+}
+
+std::uint32_t clsRandom::abs32() {
+  const auto low = static_cast<std::int32_t>(static_cast<std::uint32_t>(next64()));
   const std::int64_t wide = low;
   return static_cast<std::uint32_t>(wide < 0 ? -wide : wide);
 }

@@ -15,4 +15,20 @@ std::uint64_t random64();
 // The low 32 bits of a draw read as a signed number, made non-negative.
 std::uint32_t randomAbs32();
 
+// A generator of its own with the same algorithm, for work that must repeat
+// exactly from a seed whatever else draws meanwhile (learning runs). Not
+// locked: one owner draws from it.
+class clsRandom {
+ public:
+  clsRandom(std::uint64_t s0 = 0x9E3779B97F4A7C15ull, std::uint64_t s1 = 0xBF58476D1CE4E5B9ull) { seed(s0, s1); }
+  // Both words zero would make every draw zero; a zero seed takes fixed words instead.
+  void seed(std::uint64_t s0, std::uint64_t s1);
+  std::uint64_t next64();
+  std::uint32_t abs32();
+
+ private:
+  std::uint64_t state0_ = 0;
+  std::uint64_t state1_ = 0;
+};
+
 }  // namespace kobubase

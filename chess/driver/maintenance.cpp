@@ -1,8 +1,11 @@
 // The backslash commands: the author's console beside the xboard dialogue.
 #include <cstdio>
+#include <thread>
 
 #include "chess/book/book_commands.h"
 #include "chess/driver/talvena.h"
+#include "chess/tourney/engine_learning_games.h"
+#include "chess/tourney/learning.h"
 #include "chess/tourney/tourney.h"
 
 namespace kbuChess {
@@ -22,14 +25,6 @@ bool firstLineOfFile(const std::string& path, std::string& line) {
   if (!read) return false;
   line = buffer.c_str();
   while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();
-  return true;
-}
-
-// True when the text has at least `count` blank-separated words, each a number above 0.
-bool positiveNumbers(const std::string& text, int first, int count) {
-  for (int i = first; i < first + count; ++i) {
-    if (readInteger(wordAt(text, i)) <= 0) return false;
-  }
   return true;
 }
 
@@ -108,34 +103,73 @@ int clsTalvena::cmdLoadBook(const std::string& rest) {
   return commandLoadBook(book_, rest, *this);
 }
 
-int clsTalvena::cmdSaveBook(const std::string& rest) { return commandSaveBook(book_, rest, *this); }
+int clsTalvena::cmdSaveBook(const std::string& rest) {
+  return commandSaveBook(book_, rest, *this);
+}
 
 int clsTalvena::cmdListBook(const std::string&) {
   return commandListBook(book_, positionView(), *this);
 }
 
-int clsTalvena::cmdMergeBooks(const std::string& rest) { return commandMergeBooks(rest, *this); }
+int clsTalvena::cmdMergeBooks(const std::string& rest) {
+  return commandMergeBooks(rest, *this);
+}
 
-int clsTalvena::cmdBuildBooks(const std::string& rest) { return commandBuildBooks(rest, *this); }
+int clsTalvena::cmdBuildBooks(const std::string& rest) {
+  return commandBuildBooks(rest, *this);
+}
 
-int clsTalvena::cmdCvBooks(const std::string& rest) { return commandCvBooks(rest, *this); }
+int clsTalvena::cmdCvBooks(const std::string& rest) {
+  return commandCvBooks(rest, *this);
+}
 
-// Soul learning is not part of this build; the
-// commands keep their names and usage lines so that scripts get a clear answer.
+// "\learn file generations engines_count ms_per_move max_moves": learning by
+// generations on the soul file (continued when it exists).
 int clsTalvena::cmdLearn(const std::string& rest) {
-  if (wordAt(rest, 0).empty() || !positiveNumbers(rest, 1, 4)) {
-    print("# learn file generations engines_count ms_per_move max_moves");
-  } else {
-    print("# learning is not available in this build");
+  haltSearch();
+  LearningSettings settings = learning_;
+  if (!readLearnArguments(rest, settings)) {
+    print(LEARN_USAGE);
+    return CMD_PRINTED;
   }
+  learning_ = settings;
+  runLearning(settings);
   return CMD_PRINTED;
 }
 
+// "\learnt": one more generation on the soul file of the last "\learn" (by
+// default talvena.souls), as many souls as its last generation holds, with the
+// last time per move and move cap.
 int clsTalvena::cmdLearnt(const std::string&) {
-  print("# learning is not available in this build");
+  haltSearch();
+  LearningSettings settings = learning_;
+  settings.generations = 1;
+  settings.enginesCount = 0;
+  runLearning(settings);
   return CMD_PRINTED;
 }
 
+void clsTalvena::runLearning(const LearningSettings& given) {
+  LearningSettings settings = given;
+  settings.threads =
+      static_cast<int>(kobubase::clampTo(std::thread::hardware_concurrency(), 1, LearningSettings::MAX_THREADS));
+  print("# learning: file " + settings.file + ", generations " + std::to_string(settings.generations) + ", souls " +
+        (settings.enginesCount > 0 ? std::to_string(settings.enginesCount) : std::string("as in the file")) +
+        ", ms per move " + std::to_string(settings.msPerMove) + ", max moves " + std::to_string(settings.maxMoves) +
+        ", threads " + std::to_string(settings.threads));
+  // Interim runner: embedded engines played directly, until the tournament's
+  // game loop plays learning games.
+  clsEngineLearningGames games(settings.threads);
+  clsRandomOpenings randomOpenings(settings.openingPlies);
+  clsBookOpenings bookOpenings(book_, settings.openingPlies);
+  clsOpenings& openings = book_.empty() ? static_cast<clsOpenings&>(randomOpenings) : bookOpenings;
+  clsLearning learning(settings, games, openings, *this);
+  learning.run();
+}
+
+// The game between two souls and the expression console are not part of this
+// build; the commands keep their names and usage lines so that scripts get a
+// clear answer.
 int clsTalvena::cmdPlay(const std::string& rest) {
   if (wordAt(rest, 2).empty()) {
     print("# \\play ms_per_move max_moves file.pgn [soulA soulB]");

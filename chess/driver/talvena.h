@@ -26,6 +26,7 @@
 #include "chess/engine/engine.h"
 #include "chess/engine/engine_share.h"
 #include "chess/engine/search_control.h"
+#include "chess/tourney/learning.h"
 
 namespace kbuChess {
 
@@ -165,6 +166,7 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   int cmdCvBooks(const std::string& rest);
   int cmdLearn(const std::string& rest);
   int cmdLearnt(const std::string& rest);
+  void runLearning(const LearningSettings& settings);
   int cmdPlay(const std::string& rest);
   int cmdConsole(const std::string& rest);
   void printMoveList();
@@ -193,6 +195,7 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   clsBook book_;
   ProtocolState state_;
   EpdRun epd_;
+  LearningSettings learning_;  // the last "\learn" settings, which "\learnt" reuses
   std::unique_ptr<kobubase::clsStdInThread> reader_;
   std::unique_ptr<clsConsole> console_;
   bool consoleMode_ = false;

@@ -41,17 +41,29 @@ std::string soulValuesText(const SoulValues& values) {
   return text;
 }
 
-void breedSoul(SoulValues& values, const SoulValues& other) {
-  const int cut = static_cast<int>(kobubase::randomAbs32() % 19) + 1;
-  const bool upper = kobubase::randomAbs32() % 100 < 50;
+namespace {
+// Crossover of one range from `other`, with a rare fresh value (0..104) per position.
+template <typename Draw>
+void breedWith(SoulValues& values, const SoulValues& other, Draw draw) {
+  const int cut = static_cast<int>(draw() % 19) + 1;
+  const bool upper = draw() % 100 < 50;
   const int begin = upper ? cut : 0;
   const int end = upper ? SOUL_SIZE : cut;
   for (int i = begin; i < end; ++i) {
-    if (kobubase::randomAbs32() % 100 < 97)
+    if (draw() % 100 < 97)
       values[i] = other[i];
     else
-      values[i] = static_cast<i32>(kobubase::randomAbs32() % 105);
+      values[i] = static_cast<i32>(draw() % 105);
   }
+}
+}  // namespace
+
+void breedSoul(SoulValues& values, const SoulValues& other) {
+  breedWith(values, other, [] { return kobubase::randomAbs32(); });
+}
+
+void breedSoul(SoulValues& values, const SoulValues& other, kobubase::clsRandom& random) {
+  breedWith(values, other, [&random] { return random.abs32(); });
 }
 
 }  // namespace kbuChess

@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "base/random.h"
 #include "chess/board/types.h"
 
 namespace kbuChess {
@@ -26,5 +27,7 @@ Soul parseSoul(const std::string& text);
 std::string soulValuesText(const SoulValues& values);
 // Crossover with mutation from `other` into `values`, drawing from the shared random source.
 void breedSoul(SoulValues& values, const SoulValues& other);
+// The same operator drawing from a generator of the caller's, for repeatable runs.
+void breedSoul(SoulValues& values, const SoulValues& other, kobubase::clsRandom& random);
 
 }  // namespace kbuChess

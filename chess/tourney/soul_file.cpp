@@ -1,0 +1,232 @@
+#include "chess/tourney/soul_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <sstream>
+#include <string_view>
+
+#include "base/text.h"
+
+namespace kbuChess {
+
+namespace {
+
+constexpr std::string_view GENERATION_PREFIX = "# generation ";
+
+bool readInt(const std::string& text, i32& value) {
+  const char* begin = text.data();
+  const char* end = begin + text.size();
+  if (begin != end && *begin == '+') ++begin;
+  if (begin == end) return false;
+  const auto [ptr, ec] = std::from_chars(begin, end, value);
+  return ec == std::errc() && ptr == end;
+}
+
+std::vector<std::string> splitBlanks(const std::string& text) {
+  std::vector<std::string> fields;
+  std::size_t at = 0;
+  while (true) {
+    const std::size_t blank = text.find(' ', at);
+    fields.push_back(text.substr(at, blank == std::string::npos ? std::string::npos : blank - at));
+    if (blank == std::string::npos) return fields;
+    at = blank + 1;
+  }
+}
+
+// "# generation N games G scores S1 ... Sn" into the generation's header fields.
+bool readGenerationLine(const std::string& line, SoulGeneration& generation) {
+  const std::vector<std::string> words = splitBlanks(line.substr(GENERATION_PREFIX.size()));
+  if (words.size() < 4 || words[1] != "games" || words[3] != "scores") return false;
+  i32 number = 0, games = 0;
+  if (!readInt(words[0], number) || number <= 0 || !readInt(words[2], games) || games < 0) return false;
+  generation.number = number;
+  generation.games = games;
+  for (std::size_t i = 4; i < words.size(); ++i) {
+    i32 score = 0;
+    if (!readInt(words[i], score)) return false;
+    generation.scores.push_back(score);
+  }
+  return true;
+}
+
+// Reads the file's lines into blocks; one instance per parse.
+class clsSoulFileReader {
+ public:
+  clsSoulFileReader(SoulFile& file, const std::string& source) : file_(file), source_(source) {}
+
+  void line(std::string text, int number) {
+    if (!text.empty() && text.back() == '\r') text.pop_back();
+    if (text.empty()) return;
+    if (text.rfind(GENERATION_PREFIX, 0) == 0) {
+      closeBlock();
+      SoulGeneration generation;
+      if (!readGenerationLine(text, generation)) {
+        problem(number, "not a generation line (# generation N games G scores S1 ... Sn)");
+        generation = SoulGeneration{};
+      }
+      open(generation, number);
+      return;
+    }
+    if (text[0] == '#') return;
+    if (!open_) open(SoulGeneration{}, number);
+    ++soulLines_;
+    Soul soul;
+    std::string why;
+    if (!readSoulLine(text, soul, why)) {
+      problem(number, why);
+      return;
+    }
+    const std::size_t index = static_cast<std::size_t>(soulLines_ - 1);
+    scores_.push_back(index < declared_.size() ? declared_[index] : 0);
+    block_.souls.push_back(soul);
+  }
+
+  void closeBlock() {
+    if (!open_) return;
+    if (block_.number > 0) {
+      if (declared_.size() != static_cast<std::size_t>(soulLines_)) {
+        problem(headerLine_, "generation " + std::to_string(block_.number) + " lists " +
+                                 std::to_string(declared_.size()) + " scores for " + std::to_string(soulLines_) +
+                                 " souls");
+      }
+      block_.scores = scores_;
+    }
+    if (!block_.souls.empty()) file_.generations.push_back(block_);
+    open_ = false;
+  }
+
+ private:
+  void open(const SoulGeneration& header, int number) {
+    block_ = header;
+    declared_ = header.scores;
+    block_.scores.clear();
+    scores_.clear();
+    soulLines_ = 0;
+    headerLine_ = number;
+    open_ = true;
+  }
+
+  void problem(int number, const std::string& why) {
+    file_.problems.push_back("# soul file " + source_ + " line " + std::to_string(number) + ": " + why);
+  }
+
+  SoulFile& file_;
+  std::string source_;
+  SoulGeneration block_;
+  std::vector<int> declared_;
+  std::vector<int> scores_;
+  int soulLines_ = 0;
+  int headerLine_ = 0;
+  bool open_ = false;
+};
+
+}  // namespace
+
+std::string soulLine(const Soul& soul) {
+  std::string line = soul.name + "=";
+  for (int i = 0; i < SOUL_SIZE; ++i) {
+    if (i > 0) line += ' ';
+    line += std::to_string(soul.values[i]);
+  }
+  return line;
+}
+
+bool readSoulLine(const std::string& line, Soul& soul, std::string& why) {
+  const std::size_t equals = line.find('=');
+  if (equals == std::string::npos || equals == 0 || line.find(' ') < equals) {
+    why = "not a soul (NAME=v1 ... v21)";
+    return false;
+  }
+  const std::vector<std::string> fields = splitBlanks(line.substr(equals + 1));
+  if (fields.size() != SOUL_SIZE) {
+    why = "a soul needs 21 values, found " + std::to_string(fields.size());
+    return false;
+  }
+  for (int i = 0; i < SOUL_SIZE; ++i) {
+    if (!readInt(fields[i], soul.values[i])) {
+      why = "value " + std::to_string(i + 1) + " is not a number: \"" + fields[i] + "\"";
+      return false;
+    }
+  }
+  soul.name = line.substr(0, equals);
+  return true;
+}
+
+std::string soulFileText(const SoulFile& file) {
+  std::string text;
+  for (const SoulGeneration& generation : file.generations) {
+    if (generation.number > 0) {
+      text += std::string(GENERATION_PREFIX) + std::to_string(generation.number) + " games " +
+              std::to_string(generation.games) + " scores";
+      for (const int score : generation.scores) {
+        text += ' ';
+        text += std::to_string(score);
+      }
+      text += '\n';
+    }
+    for (const Soul& soul : generation.souls) text += soulLine(soul) + '\n';
+  }
+  return text;
+}
+
+SoulFile parseSoulFile(const std::string& text, const std::string& source) {
+  SoulFile file;
+  clsSoulFileReader reader(file, source);
+  std::istringstream lines(text);
+  std::string line;
+  for (int number = 1; std::getline(lines, line); ++number) reader.line(line, number);
+  reader.closeBlock();
+  return file;
+}
+
+bool readSoulFile(const std::string& path, SoulFile& file) {
+  file = SoulFile{};
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  std::string text;
+  ssize_t n = fd < 0 ? -1 : 0;
+  char chunk[65536];
+  while (fd >= 0 && ((n = ::read(fd, chunk, sizeof chunk)) > 0 || (n < 0 && errno == EINTR))) {
+    if (n > 0) text.append(chunk, static_cast<std::size_t>(n));
+  }
+  // A folder opens but cannot be read: both end here with the system's reason.
+  if (n < 0) {
+    file.problems.push_back(kobubase::errorLine(errno) + " reading " + path);
+    if (fd >= 0) ::close(fd);
+    return false;
+  }
+  ::close(fd);
+  file = parseSoulFile(text, path);
+  return true;
+}
+
+bool writeSoulFile(const std::string& path, const SoulFile& file, std::string& error) {
+  const std::string temporary = path + ".tmp";
+  const std::string text = soulFileText(file);
+  const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  if (fd < 0) {
+    error = kobubase::errorLine(errno) + " writing " + temporary;
+    return false;
+  }
+  std::size_t done = 0;
+  while (done < text.size()) {
+    const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) break;
+    done += static_cast<std::size_t>(n);
+  }
+  const bool written = done == text.size() && ::fsync(fd) == 0;
+  const int writeErrno = errno;
+  ::close(fd);
+  if (!written || std::rename(temporary.c_str(), path.c_str()) != 0) {
+    error = kobubase::errorLine(written ? errno : writeErrno) + " writing " + path;
+    std::remove(temporary.c_str());
+    return false;
+  }
+  return true;
+}
+
+}  // namespace kbuChess

@@ -1,0 +1,56 @@
+#pragma once
+// The soul file: the record of a learning run, plain text, one soul per line
+// in the soul text form. Each played generation is a block: a comment line
+//   # generation N games G scores S1 S2 ... Sn
+// followed by its n souls ranked best first; Si is the score of the i-th soul
+// in half-points (2 a win, 1 a draw). Soul lines before any generation line
+// are a population that has not played yet (generation 0), so a hand-written
+// list of souls is a valid start. Other comment lines and blank lines are
+// skipped and not written back. The file is rewritten whole after every
+// generation through a temporary file in the same folder, synced and renamed,
+// so an interrupted run leaves either the old or the new file, never half.
+#include <string>
+#include <vector>
+
+#include "chess/engine/soul.h"
+
+namespace kbuChess {
+
+// One generation's souls, ranked when played.
+struct SoulGeneration {
+  int number = 0;  // 0: not played yet
+  int games = 0;
+  std::vector<Soul> souls;
+  std::vector<int> scores;  // one per soul when played, empty otherwise
+};
+
+struct SoulFile {
+  std::vector<SoulGeneration> generations;
+  // "# ..." lines for whatever was refused while reading.
+  std::vector<std::string> problems;
+
+  bool empty() const { return generations.empty(); }
+  const SoulGeneration& last() const { return generations.back(); }
+  // The number of the last played generation, 0 when none was played.
+  int lastNumber() const { return generations.empty() ? 0 : generations.back().number; }
+};
+
+// "NAME=v1 ... v21" with single blanks, the file's form of a soul.
+std::string soulLine(const Soul& soul);
+// Reads one soul line strictly: a non-empty name without blanks, "=", then
+// exactly 21 integers separated by single blanks. Otherwise returns false and
+// says why in `why`.
+bool readSoulLine(const std::string& line, Soul& soul, std::string& why);
+
+// The whole file as text.
+std::string soulFileText(const SoulFile& file);
+// Parses text; refused lines are reported in file.problems with `source` and
+// their line number, and the good souls are kept.
+SoulFile parseSoulFile(const std::string& text, const std::string& source);
+
+// Reads the file; false (with a "# error N: ..." problem) when it cannot be read.
+bool readSoulFile(const std::string& path, SoulFile& file);
+// Writes the file atomically; false with an error line in `error` on failure.
+bool writeSoulFile(const std::string& path, const SoulFile& file, std::string& error);
+
+}  // namespace kbuChess

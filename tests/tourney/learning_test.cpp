@@ -1,0 +1,321 @@
+#include "chess/tourney/learning.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+#include "chess/board/tables.h"
+#include "chess/book/book_key.h"
+
+namespace kbuChess {
+namespace {
+
+// The stronger soul is the one with the larger first value; equal ones draw.
+// Records every game so that the pairings can be checked.
+class clsFakeGames : public clsLearningGames {
+ public:
+  struct Game {
+    std::string white, black;
+    std::vector<std::string> opening;
+  };
+
+  GameOutcome play(const Soul& white, const Soul& black, const std::vector<std::string>& opening, int msPerMove,
+                   int maxMoves) override {
+    std::lock_guard<std::mutex> guard(lock_);
+    lastMs = msPerMove;
+    lastMaxMoves = maxMoves;
+    games.push_back({white.name, black.name, opening});
+    if (++calls == throwAt) throw std::runtime_error("runner broke");
+    if (calls == stopAt) {
+      learning->requestStop();
+      return GameOutcome{1, false};
+    }
+    const int a = white.values[0], b = black.values[0];
+    return GameOutcome{a > b ? 2 : a < b ? 0 : 1, true};
+  }
+
+  std::mutex lock_;
+  std::vector<Game> games;
+  int calls = 0, throwAt = -1, stopAt = -1, lastMs = 0, lastMaxMoves = 0;
+  clsLearning* learning = nullptr;
+};
+
+// Every opening is the same short line, so the fake needs no board.
+class clsCountingOpenings : public clsOpenings {
+ public:
+  std::vector<std::string> line(kobubase::clsRandom& random) override {
+    return {std::to_string(random.abs32() % 1000)};
+  }
+};
+
+std::string fileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+class LearningTest : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { initTables(); }
+  void SetUp() override {
+    out.setEcho(false);
+    out.setKeep(true);
+    settings.file = path("a");
+    settings.seed = 42;
+    settings.enginesCount = 4;
+    settings.msPerMove = 7;
+    settings.maxMoves = 9;
+  }
+  void TearDown() override {
+    for (const std::string& p : paths) std::remove(p.c_str());
+  }
+  std::string path(const std::string& name) {
+    paths.push_back(testing::TempDir() + "learning-" + name + "." + std::to_string(::getpid()) + ".souls");
+    std::remove(paths.back().c_str());
+    return paths.back();
+  }
+  int learn(clsFakeGames& games, const LearningSettings& s) {
+    clsLearning learning(s, games, openings, out);
+    games.learning = &learning;
+    return learning.run();
+  }
+
+  kobubase::clsOutBuffer out;
+  clsCountingOpenings openings;
+  LearningSettings settings;
+  std::vector<std::string> paths;
+};
+
+TEST_F(LearningTest, FirstGenerationFromPresetsRanksByScore) {
+  clsFakeGames games;
+  EXPECT_EQ(learn(games, settings), 1);
+  // 70 beats all, 8 beats the two 7s, the two 7s draw; ties keep preset order.
+  EXPECT_EQ(fileBytes(settings.file), "# generation 1 games 12 scores 12 8 2 2\n" + std::string(SOUL_PRESETS[0]) +
+                                          "\n" + SOUL_PRESETS[3] + "\n" + SOUL_PRESETS[1] + "\n" + SOUL_PRESETS[2] +
+                                          "\n");
+  const std::vector<std::string> lines = out.takeAll();
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(lines[0], "# soul file " + settings.file + " not found, starting from the presets");
+  EXPECT_TRUE(std::regex_match(
+      lines[1], std::regex(R"(# generation 1: best TalvenaOld 6/6, spread 1\.\.6, 12 games in \d+\.\d\d\d s)")))
+      << lines[1];
+  EXPECT_EQ(lines[2], "# learning done, best soul " + std::string(SOUL_PRESETS[0]));
+  EXPECT_EQ(games.lastMs, 7);
+  EXPECT_EQ(games.lastMaxMoves, 9);
+
+  // Each pair meets twice with the colours swapped, from one opening per pair.
+  ASSERT_EQ(games.games.size(), 12u);
+  std::map<std::pair<std::string, std::string>, std::vector<std::string>> met;
+  for (const clsFakeGames::Game& g : games.games) met[{g.white, g.black}] = g.opening;
+  EXPECT_EQ(met.size(), 12u);
+  std::set<std::vector<std::string>> distinct;
+  for (const auto& [pair, opening] : met) {
+    EXPECT_EQ(opening, met.at({pair.second, pair.first}));
+    distinct.insert(opening);
+  }
+  EXPECT_EQ(distinct.size(), 6u);
+}
+
+TEST_F(LearningTest, TheBetterHalfSurvivesAndBreedsFillTheRest) {
+  clsFakeGames games;
+  settings.generations = 2;
+  settings.enginesCount = 6;
+  EXPECT_EQ(learn(games, settings), 2);
+  const SoulFile file = parseSoulFile(fileBytes(settings.file), "f");
+  ASSERT_EQ(file.generations.size(), 2u);
+  const SoulGeneration& first = file.generations[0];
+  const SoulGeneration& second = file.generations[1];
+  EXPECT_EQ(second.games, 30);
+  // Presets first values 70 7 7 8 38 33: the top three are TalvenaOld, Mass161, Manticore617.
+  EXPECT_EQ(first.scores, (std::vector<int>{20, 16, 12, 8, 2, 2}));
+  std::set<std::string> names;
+  for (const Soul& soul : second.souls) names.insert(soul.name);
+  EXPECT_EQ(names, (std::set<std::string>{"TalvenaOld", "Mass161", "Manticore617", "G2-1", "G2-2", "G2-3"}));
+  // A breed takes every value from one of the survivors, or a fresh one below 105.
+  for (const Soul& soul : second.souls) {
+    if (soul.name[0] != 'G') continue;
+    for (int i = 0; i < SOUL_SIZE; ++i) {
+      bool inherited = soul.values[i] < 105;
+      for (int s = 0; s < 3; ++s) inherited |= soul.values[i] == first.souls[s].values[i];
+      EXPECT_TRUE(inherited) << soul.name << " position " << i + 1;
+    }
+    for (const Soul& other : second.souls) {
+      if (&other != &soul) {
+        EXPECT_NE(other.values, soul.values) << soul.name << " copies " << other.name;
+      }
+    }
+  }
+  int total = 0;
+  for (const int score : second.scores) total += score;
+  EXPECT_EQ(total, 60);
+}
+
+TEST_F(LearningTest, SameSeedSameFileWhateverTheThreads) {
+  settings.generations = 4;
+  settings.enginesCount = 8;
+  LearningSettings other = settings;
+  other.file = path("b");
+  other.threads = 4;
+  LearningSettings reseeded = settings;
+  reseeded.file = path("c");
+  reseeded.seed = 43;
+  clsFakeGames g1, g2, g3;
+  EXPECT_EQ(learn(g1, settings), 4);
+  EXPECT_EQ(learn(g2, other), 4);
+  EXPECT_EQ(learn(g3, reseeded), 4);
+  const std::string bytes = fileBytes(settings.file);
+  EXPECT_EQ(parseSoulFile(bytes, "f").lastNumber(), 4);
+  EXPECT_EQ(bytes, fileBytes(other.file));
+  EXPECT_NE(bytes, fileBytes(reseeded.file));
+}
+
+TEST_F(LearningTest, InterruptedRunKeepsTheLastGenerationAndResumes) {
+  settings.generations = 1;
+  LearningSettings reference = settings;
+  reference.file = path("reference");
+  clsFakeGames clean;
+  ASSERT_EQ(learn(clean, reference), 1);
+  out.takeAll();
+
+  settings.generations = 3;
+  clsFakeGames broken;
+  broken.throwAt = 15;  // the third game of generation 2
+  EXPECT_EQ(learn(broken, settings), 1);
+  EXPECT_EQ(fileBytes(settings.file), fileBytes(reference.file));
+  std::vector<std::string> lines = out.takeAll();
+  ASSERT_FALSE(lines.empty());
+  EXPECT_EQ(lines.back(), "# learning stopped in generation 2: runner broke; the soul file keeps generation 1");
+
+  clsFakeGames stopping;
+  stopping.stopAt = 3;
+  EXPECT_EQ(learn(stopping, settings), 0);
+  EXPECT_EQ(fileBytes(settings.file), fileBytes(reference.file));
+  lines = out.takeAll();
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0], "# soul file " + settings.file + " holds generation 1, continuing");
+  EXPECT_EQ(lines[1], "# learning stopped in generation 2; the soul file keeps generation 1");
+
+  clsFakeGames good;
+  settings.generations = 1;
+  EXPECT_EQ(learn(good, settings), 1);
+  const SoulFile file = parseSoulFile(fileBytes(settings.file), "f");
+  EXPECT_EQ(file.lastNumber(), 2);
+  EXPECT_EQ(file.generations.size(), 2u);
+  EXPECT_EQ(soulFileText(SoulFile{{file.generations[0]}, {}}), fileBytes(reference.file));
+}
+
+TEST_F(LearningTest, HandWrittenSoulsPlayFirstAndBadLinesAreSkipped) {
+  {
+    std::ofstream hand(settings.file);
+    hand << "Z=90 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1\n"
+            "Y=5 1 1\n"
+            "X=50 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n";
+  }
+  settings.enginesCount = 3;
+  clsFakeGames games;
+  EXPECT_EQ(learn(games, settings), 1);
+  const std::vector<std::string> lines = out.takeAll();
+  ASSERT_FALSE(lines.empty());
+  EXPECT_EQ(lines[0], "# soul file " + settings.file + " line 2: a soul needs 21 values, found 3");
+  const SoulFile file = parseSoulFile(fileBytes(settings.file), "f");
+  ASSERT_EQ(file.generations.size(), 1u);  // the unplayed list became generation 1
+  EXPECT_EQ(file.last().number, 1);
+  std::set<std::string> names;
+  for (const Soul& soul : file.last().souls) names.insert(soul.name);
+  EXPECT_EQ(names, (std::set<std::string>{"Z", "X", "G1-1"}));
+  EXPECT_EQ(file.last().games, 6);
+}
+
+TEST_F(LearningTest, AnUnreadableFileIsLeftAlone) {
+  settings.file = testing::TempDir();  // a folder
+  clsFakeGames games;
+  EXPECT_EQ(learn(games, settings), 0);
+  EXPECT_TRUE(games.games.empty());
+  EXPECT_EQ(out.takeAll(), (std::vector<std::string>{"# error 21: Is a directory reading " + settings.file}));
+}
+
+TEST_F(LearningTest, GivenPlayersAreTheFirstGeneration) {
+  clsFakeGames games;
+  clsLearning learning(settings, games, openings, out);
+  EXPECT_EQ(learning.run({parseSoul("P=3"), parseSoul("Q=4")}), 1);
+  EXPECT_EQ(fileBytes(settings.file),
+            "# generation 1 games 2 scores 4 0\n"
+            "Q=4 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n"
+            "P=3 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n");
+  EXPECT_EQ(learning.run({parseSoul("P=3")}), 0);
+  EXPECT_EQ(out.takeAll().back(), "# learning needs at least 2 souls");
+}
+
+TEST(LearnArguments, UsageWhenANumberIsNotAboveZeroAndClampedOtherwise) {
+  LearningSettings settings;
+  for (const char* bad : {"", "f", "f 1 4 10", "f 0 4 10 20", "f 1 4 -10 20", "f x 4 10 20", "f 1 4 10 0"}) {
+    EXPECT_FALSE(readLearnArguments(bad, settings)) << bad;
+  }
+  EXPECT_EQ(settings.file, DEFAULT_SOUL_FILE);
+  ASSERT_TRUE(readLearnArguments("g.souls 999999999 1000 99999999999 5000", settings));
+  EXPECT_EQ(settings.file, "g.souls");
+  EXPECT_EQ(settings.generations, 100000);
+  EXPECT_EQ(settings.enginesCount, 64);
+  EXPECT_EQ(settings.msPerMove, 600000);
+  EXPECT_EQ(settings.maxMoves, 1000);
+  ASSERT_TRUE(readLearnArguments("h 3 1 10 20", settings));
+  EXPECT_EQ(settings.generations, 3);
+  EXPECT_EQ(settings.enginesCount, 2);
+  EXPECT_EQ(settings.msPerMove, 10);
+  EXPECT_EQ(settings.maxMoves, 20);
+}
+
+TEST(Openings, RandomLinesAreLegalAndRepeatFromTheSeed) {
+  initTables();
+  clsRandomOpenings openings(10);
+  kobubase::clsRandom r1(5, 6), r2(5, 6);
+  const std::vector<std::string> line = openings.line(r1);
+  EXPECT_EQ(line, openings.line(r2));
+  EXPECT_NE(line, openings.line(r1));
+  ASSERT_EQ(line.size(), 10u);
+  clsBoard board;
+  board.readFEN(clsBoard::START_FEN);
+  for (const std::string& move : line) EXPECT_TRUE(board.readCoordinateMove(move)) << move;
+}
+
+TEST(Openings, BookMovesWhileTheBookKnowsThePosition) {
+  initTables();
+  clsBook book;
+  clsBoard board;
+  board.readFEN(clsBoard::START_FEN);
+  for (const char* move : {"d2d4", "g8f6"}) {
+    ASSERT_TRUE(board.readCoordinateMove(move));
+    book.add(BookRecord{bookKey(board.position()), 10, 10, 10});
+  }
+  clsBookOpenings openings(book, 5);
+  kobubase::clsRandom random(1, 2);
+  for (int i = 0; i < 3; ++i) {
+    const std::vector<std::string> line = openings.line(random);
+    ASSERT_EQ(line.size(), 5u);
+    EXPECT_EQ(line[0], "d2d4");
+    EXPECT_EQ(line[1], "g8f6");
+  }
+}
+
+TEST(Random, OwnGeneratorDrawsLikeTheSharedSource) {
+  kobubase::seedRandom(11, 12);
+  kobubase::clsRandom own(11, 12);
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(own.abs32(), kobubase::randomAbs32());
+  // A zero seed would draw only zeros; it takes the fixed start words instead.
+  kobubase::clsRandom zero(0, 0), fixed;
+  EXPECT_NE(zero.next64(), 0u);
+  EXPECT_EQ(kobubase::clsRandom(0, 0).next64(), fixed.next64());
+}
+
+}  // namespace
+}  // namespace kbuChess

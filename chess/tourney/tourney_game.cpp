@@ -106,14 +106,16 @@ void clsTourneyGame::play() {
   }
   board_.readFEN(clsGame::START_FEN);
   board_.resetFrames();
+  game_.addPosition(repetitionKey(board_.position()));
   if (players_[0] == nullptr || players_[1] == nullptr) return;
   log(matchLine(players_[0]->name(), players_[1]->name()));
   if (!createAdapters()) {
     setResult(rc::ABORTED);
-  } else if (playOpening()) {
-    side_ = WHITE;
+  } else {
+    playOpening();
+    side_ = board_.position().side & 1;
     moveStartMs_ = kobubase::nowMs();
-    adapters_[WHITE]->Go();
+    adapters_[side_]->Go();
     loop();
   }
   score();
@@ -145,19 +147,17 @@ std::unique_ptr<clsEngineInterface> clsTourneyGame::makeAdapter(int colour) {
 
 // The opening's moves are played on the board and told to both players as
 // moves of the game; an opening move that is not legal ends the opening.
-bool clsTourneyGame::playOpening() {
+void clsTourneyGame::playOpening() {
   for (const std::string& move : opening_) {
     std::string san;
-    if (!playCoordinateMove(board_, move, san)) break;
+    if (!playCoordinateMove(board_, move, san)) {
+      log("opening move " + move + " is not legal here; the game goes on from the position before it");
+      return;
+    }
     game_.addMove(san);
     game_.addPosition(repetitionKey(board_.position()));
     for (int colour = WHITE; colour <= BLACK; ++colour) adapters_[colour]->PlayOpeningMove(move);
   }
-  if (board_.position().side != WHITE) {
-    log("an opening must end with White to move; it was cut");
-    return false;
-  }
-  return true;
 }
 
 void clsTourneyGame::loop() {

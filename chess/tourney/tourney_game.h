@@ -77,7 +77,7 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   void play();
   bool createAdapters();
   std::unique_ptr<clsEngineInterface> makeAdapter(int colour);
-  bool playOpening();
+  void playOpening();
   void loop();
   // One reply of the side to move; false when the game has ended.
   bool takeReply(const std::string& reply, std::int64_t elapsed);

@@ -4,8 +4,7 @@
 
 namespace kbuChess {
 
-clsEmbeddedEngine::clsEmbeddedEngine(const std::string& name, const std::string& soul, clsGameLog* owner,
-                                     int tableMiB)
+clsEmbeddedEngine::clsEmbeddedEngine(const std::string& name, const std::string& soul, clsGameLog* owner, int tableMiB)
     : clsEngineInterface(name, PROTOCOL_XBOARD, owner), clsEngine({}, &table_) {
   table_.sizeTable(tableMiB);
   // The engine's own remarks ("# engine's running", ...) stay out of the way.
@@ -21,7 +20,9 @@ clsEmbeddedEngine::clsEmbeddedEngine(const std::string& name, const std::string&
   setKeep(true);
 }
 
-clsEmbeddedEngine::~clsEmbeddedEngine() { control_.abandon(); }
+clsEmbeddedEngine::~clsEmbeddedEngine() {
+  control_.abandon();
+}
 
 bool clsEmbeddedEngine::Start() {
   stopped_ = false;

@@ -90,7 +90,9 @@ void clsEngineInterface::PlayMove(const std::string& move, int side) {
   Send(move);
 }
 
-void clsEngineInterface::Quit() { Send("quit"); }
+void clsEngineInterface::Quit() {
+  Send("quit");
+}
 
 bool clsEngineInterface::Prepare(int colour, std::int32_t gameMs, std::int32_t incrementMs) {
   colour_ = colour;

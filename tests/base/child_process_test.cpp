@@ -1,5 +1,6 @@
-#include <gtest/gtest.h>
+#include "base/child_process.h"
 
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -11,7 +12,6 @@
 #include <string>
 #include <vector>
 
-#include "base/child_process.h"
 #include "base/text.h"
 
 namespace {

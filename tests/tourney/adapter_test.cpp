@@ -58,7 +58,7 @@ TEST(AdapterTest, XboardRepliesAreTranslated) {
   EXPECT_EQ(engine.reply("0-1"), "result 0-1");
   EXPECT_EQ(engine.reply("resign"), "");
   EXPECT_EQ(engine.reply("12 35 104 20311 e2e4 e7e5"), "");  // a thinking line
-  EXPECT_EQ(engine.reply("1 -3 0 12 e2e4"), "");              // "1" alone is no result
+  EXPECT_EQ(engine.reply("1 -3 0 12 e2e4"), "");             // "1" alone is no result
   EXPECT_EQ(engine.reply("Error (unknown command): post"), "");
   EXPECT_EQ(engine.reply("bestmove e2e4"), "");
   EXPECT_EQ(engine.reply(""), "");

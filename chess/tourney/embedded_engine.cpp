@@ -56,7 +56,9 @@ void clsEmbeddedEngine::Go() {
 
 void clsEmbeddedEngine::PlayMove(const std::string& move, int side) {
   control_.abandon();
-  moveHistory_ += move + " ";
+  std::string plain = move;
+  std::erase(plain, '=');
+  moveHistory_ += plain + " ";
   if (!readCoordinateMove(move)) {
     Log("cannot play " + move + " on " + gameFen_);
     return;

@@ -1,5 +1,7 @@
 #include "chess/tourney/engine_interface.h"
 
+#include <string>
+
 #include "base/text.h"
 #include "base/thread.h"
 
@@ -77,7 +79,10 @@ void clsEngineInterface::Go() {
        std::to_string(bi));
 }
 
-void clsEngineInterface::PlayMove(const std::string& move, int side) {
+void clsEngineInterface::PlayMove(const std::string& played, int side) {
+  // Engines read promotions as e7e8q; our own notation writes e7e8=q.
+  std::string move = played;
+  std::erase(move, '=');
   moveHistory_ += move + " ";
   if (side == colour_) return;  // our own move coming back
   if (protocol_ == PROTOCOL_UCI) {

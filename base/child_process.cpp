@@ -95,7 +95,9 @@ clsRedirectedChild::clsRedirectedChild(std::string program, std::string paramete
   ignoreBrokenPipes();
 }
 
-clsRedirectedChild::~clsRedirectedChild() { shutDown(); }
+clsRedirectedChild::~clsRedirectedChild() {
+  shutDown();
+}
 
 void clsRedirectedChild::shutDown() {
   // A child that was just told to quit gets its second to go; one that has
@@ -128,7 +130,9 @@ bool clsRedirectedChild::waitStarted(int timeoutMs) {
   return phase_.load() == 1;
 }
 
-std::string clsRedirectedChild::startError() const { return phase_.load() == 2 ? startError_ : std::string(); }
+std::string clsRedirectedChild::startError() const {
+  return phase_.load() == 2 ? startError_ : std::string();
+}
 
 void clsRedirectedChild::run() {
   if (!createProcess()) {
@@ -313,6 +317,8 @@ void clsRedirectedChild::closeFds() {
   }
 }
 
-void clsRedirectedChild::report(const std::string& line) { clsTSafeOutput::instance().write(line, true); }
+void clsRedirectedChild::report(const std::string& line) {
+  clsTSafeOutput::instance().write(line, true);
+}
 
 }  // namespace kobubase

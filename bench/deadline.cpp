@@ -69,9 +69,9 @@ void report(const char* what, std::vector<std::int64_t> values) {
   }
   std::sort(values.begin(), values.end());
   const std::size_t n = values.size();
-  std::printf("%-34s n=%3zu  median %4lld ms  p90 %4lld ms  worst %4lld ms\n", what, n,
-              static_cast<long long>(values[n / 2]), static_cast<long long>(values[(n * 9) / 10 < n ? (n * 9) / 10 : n - 1]),
-              static_cast<long long>(values.back()));
+  std::printf(
+      "%-34s n=%3zu  median %4lld ms  p90 %4lld ms  worst %4lld ms\n", what, n, static_cast<long long>(values[n / 2]),
+      static_cast<long long>(values[(n * 9) / 10 < n ? (n * 9) / 10 : n - 1]), static_cast<long long>(values.back()));
 }
 
 // One timed search; how far after its deadline the move came (negative: early).
@@ -137,13 +137,15 @@ int main(int argc, char** argv) {
       }
     }
     for (int round = 0; round < 10; ++round) {
-      const std::optional<std::int64_t> ms = commandLatency(engine, Positions[round % std::size(Positions)], "?", "move ");
+      const std::optional<std::int64_t> ms =
+          commandLatency(engine, Positions[round % std::size(Positions)], "?", "move ");
       ms ? stops.push_back(*ms) : void(++failures);
     }
   }
   for (int round = 0; round < 5; ++round) {
     Child engine(path);
-    const std::optional<std::int64_t> ms = commandLatency(engine, Positions[round % std::size(Positions)], "quit", "# end");
+    const std::optional<std::int64_t> ms =
+        commandLatency(engine, Positions[round % std::size(Positions)], "quit", "# end");
     ms ? quits.push_back(*ms) : void(++failures);
   }
   std::printf("deadline and command latency of %s\n", path.c_str());

@@ -4,8 +4,7 @@
 
 namespace kbuChess {
 
-clsEmbeddedEngine::clsEmbeddedEngine(const std::string& name, const std::string& soul, clsGameLog* owner,
-                                     int tableMiB)
+clsEmbeddedEngine::clsEmbeddedEngine(const std::string& name, const std::string& soul, clsGameLog* owner, int tableMiB)
     : clsEngineInterface(name, PROTOCOL_XBOARD, owner), clsEngine({}, &table_) {
   table_.sizeTable(tableMiB);
   // The engine's own remarks ("# engine's running", ...) stay out of the way.
@@ -21,7 +20,9 @@ clsEmbeddedEngine::clsEmbeddedEngine(const std::string& name, const std::string&
   setKeep(true);
 }
 
-clsEmbeddedEngine::~clsEmbeddedEngine() { control_.abandon(); }
+clsEmbeddedEngine::~clsEmbeddedEngine() {
+  control_.abandon();
+}
 
 bool clsEmbeddedEngine::Start() {
   stopped_ = false;
@@ -55,7 +56,9 @@ void clsEmbeddedEngine::Go() {
 
 void clsEmbeddedEngine::PlayMove(const std::string& move, int side) {
   control_.abandon();
-  moveHistory_ += move + " ";
+  std::string plain = move;
+  std::erase(plain, '=');
+  moveHistory_ += plain + " ";
   if (!readCoordinateMove(move)) {
     Log("cannot play " + move + " on " + gameFen_);
     return;

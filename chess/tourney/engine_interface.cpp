@@ -1,5 +1,7 @@
 #include "chess/tourney/engine_interface.h"
 
+#include <string>
+
 #include "base/text.h"
 #include "base/thread.h"
 
@@ -78,7 +80,10 @@ void clsEngineInterface::Go() {
        std::to_string(bi));
 }
 
-void clsEngineInterface::PlayMove(const std::string& move, int side) {
+void clsEngineInterface::PlayMove(const std::string& played, int side) {
+  // Engines read promotions as e7e8q; our own notation writes e7e8=q.
+  std::string move = played;
+  std::erase(move, '=');
   moveHistory_ += move + " ";
   if (side == colour_) return;  // our own move coming back
   if (protocol_ == PROTOCOL_UCI) {
@@ -103,7 +108,9 @@ void clsEngineInterface::PlayOpeningMove(const std::string& move) {
   Send(move);
 }
 
-void clsEngineInterface::Quit() { Send("quit"); }
+void clsEngineInterface::Quit() {
+  Send("quit");
+}
 
 bool clsEngineInterface::Prepare(int colour, std::int32_t gameMs, std::int32_t incrementMs) {
   colour_ = colour;

@@ -62,7 +62,8 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   void Sync();
   virtual void NewGame();
   virtual void Go();
-  // A move of the game in coordinate notation; side 0 White, 1 Black.
+  // A move of the game in coordinate notation (a promotion as e7e8q or
+  // e7e8=q; engines are sent e7e8q); side 0 White, 1 Black.
   virtual void PlayMove(const std::string& move, int side);
   // A move of the game's opening, played before the players take over; the
   // side to move then gets Go() (xboard engines are kept in force mode

@@ -2,8 +2,8 @@
 
 namespace kbuChess {
 
-clsExternalEngine::clsExternalEngine(const std::string& name, const std::string& program,
-                                     const std::string& parameters, int protocol, clsGameLog* owner)
+clsExternalEngine::clsExternalEngine(const std::string& name, const std::string& program, const std::string& parameters,
+                                     int protocol, clsGameLog* owner)
     : clsEngineInterface(name, protocol, owner), clsRedirectedChild(program, parameters) {}
 
 clsExternalEngine::~clsExternalEngine() {
@@ -44,8 +44,12 @@ void clsExternalEngine::Send(const std::string& text) {
   kobubase::sleepMs(COMMAND_PAUSE_MS);
 }
 
-bool clsExternalEngine::IsAlive() { return ready_ && alive(); }
+bool clsExternalEngine::IsAlive() {
+  return ready_ && alive();
+}
 
-bool clsExternalEngine::HasEnded() { return !stopped_ && !isRunning() && !hasLine(); }
+bool clsExternalEngine::HasEnded() {
+  return !stopped_ && !isRunning() && !hasLine();
+}
 
 }  // namespace kbuChess

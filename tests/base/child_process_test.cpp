@@ -1,5 +1,6 @@
-#include <gtest/gtest.h>
+#include "base/child_process.h"
 
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -11,7 +12,6 @@
 #include <string>
 #include <vector>
 
-#include "base/child_process.h"
 #include "base/text.h"
 
 namespace {
@@ -79,7 +79,8 @@ TEST(ChildProcessTest, BlanksInPathFolderAndQuotedParameters) {
   std::filesystem::copy_file(CHILD_HELPER, program, std::filesystem::copy_options::overwrite_existing);
   {
     clsQuietChild child(program.string(), "args one \"two words\" \"\" last");
-    EXPECT_EQ(child.commandLine(), "\"" + program.string() + "\" args one \"two words\" \"\" last");
+    EXPECT_EQ(child.commandLine(),
+              std::string("\"").append(program.string()).append("\" args one \"two words\" \"\" last"));
     ASSERT_TRUE(child.start());
     ASSERT_TRUE(child.waitStarted());
     EXPECT_EQ(nextLine(child), "folder [" + std::filesystem::canonical(folder).string() + "]");
@@ -103,7 +104,7 @@ TEST(ChildProcessTest, CommandLineIsCutAt8191Characters) {
   ASSERT_TRUE(child.waitStarted());
   nextLine(child);  // the folder
   // 8191 less the quoted program, the blank and "args ".
-  EXPECT_EQ(nextLine(child), "[" + std::string(8191 - program.size() - 2 - 1 - 5, 'p') + "]");
+  EXPECT_EQ(nextLine(child), std::string("[").append(8191 - program.size() - 2 - 1 - 5, 'p').append("]"));
   EXPECT_EQ(nextLine(child), "end");
 }
 

@@ -58,7 +58,7 @@ TEST(AdapterTest, XboardRepliesAreTranslated) {
   EXPECT_EQ(engine.reply("0-1"), "result 0-1");
   EXPECT_EQ(engine.reply("resign"), "");
   EXPECT_EQ(engine.reply("12 35 104 20311 e2e4 e7e5"), "");  // a thinking line
-  EXPECT_EQ(engine.reply("1 -3 0 12 e2e4"), "");              // "1" alone is no result
+  EXPECT_EQ(engine.reply("1 -3 0 12 e2e4"), "");             // "1" alone is no result
   EXPECT_EQ(engine.reply("Error (unknown command): post"), "");
   EXPECT_EQ(engine.reply("bestmove e2e4"), "");
   EXPECT_EQ(engine.reply(""), "");
@@ -135,6 +135,8 @@ TEST(AdapterTest, XboardCommandSequence) {
   engine.PlayMove("e7e5", 1);
   EXPECT_EQ(engine.takeSent(), (Lines{"time -1", "otim 100", "e7e5"}));
   EXPECT_EQ(engine.moveHistory(), "e2e4 e7e5 ");
+  engine.PlayMove("d7d8=q", 1);
+  EXPECT_EQ(engine.takeSent(), (Lines{"time -1", "otim 100", "d7d8q"}));
   engine.Quit();
   EXPECT_EQ(engine.takeSent(), Lines{"quit"});
   engine.NewGame();
@@ -161,6 +163,9 @@ TEST(AdapterTest, UciCommandSequenceAsBlack) {
   engine.PlayMove("c7c5", 1);
   engine.PlayMove("g1f3", 0);
   EXPECT_EQ(engine.takeSent()[0], "position startpos moves e2e4 c7c5 g1f3 ");
+  engine.PlayMove("b7b8=n", 1);
+  engine.PlayMove("a2a1q", 0);
+  EXPECT_EQ(engine.takeSent()[0], "position startpos moves e2e4 c7c5 g1f3 b7b8n a2a1q ");
 
   clsScripted white(clsEngineInterface::PROTOCOL_UCI);
   white.reply("uciok");

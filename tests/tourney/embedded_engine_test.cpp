@@ -1,3 +1,5 @@
+#include "chess/tourney/embedded_engine.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -6,7 +8,6 @@
 #include "base/thread.h"
 #include "chess/board/board.h"
 #include "chess/board/tables.h"
-#include "chess/tourney/embedded_engine.h"
 #include "chess/tourney/external_engine.h"
 
 namespace {

@@ -1,5 +1,6 @@
-#include <gtest/gtest.h>
+#include "chess/tourney/external_engine.h"
 
+#include <gtest/gtest.h>
 #include <signal.h>
 
 #include <cstdio>
@@ -14,7 +15,6 @@
 
 #include "chess/board/board.h"
 #include "chess/board/tables.h"
-#include "chess/tourney/external_engine.h"
 
 namespace {
 
@@ -107,7 +107,7 @@ TEST(ExternalEngineTest, XboardGameWithPing) {
   engine.Stop();
   EXPECT_TRUE(engine.stopped());
   EXPECT_FALSE(engine.IsAlive());
-  EXPECT_FALSE(engine.HasEnded());  // stopped on purpose
+  EXPECT_FALSE(engine.HasEnded());    // stopped on purpose
   EXPECT_EQ(engine.exitStatus(), 0);  // it obeyed "quit"
   EXPECT_EQ(kill(pid, 0), -1);
   std::remove(received.c_str());
@@ -218,8 +218,8 @@ TEST(ExternalEngineTest, MissingProgram) {
 
 // The real engines from the distribution, one move each from the start.
 TEST(ExternalEngineTest, RealEnginesPlayAMove) {
-  for (const auto& [name, program, protocol] : {std::tuple{"fairymax", "/usr/games/fairymax", XBOARD},
-                                                std::tuple{"stockfish", "/usr/games/stockfish", UCI}}) {
+  for (const auto& [name, program, protocol] :
+       {std::tuple{"fairymax", "/usr/games/fairymax", XBOARD}, std::tuple{"stockfish", "/usr/games/stockfish", UCI}}) {
     SCOPED_TRACE(name);
     ASSERT_TRUE(std::filesystem::exists(program)) << program << " is missing: install the package " << name;
     clsExternalEngine engine(name, program, "", protocol, nullptr);

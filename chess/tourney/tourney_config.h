@@ -49,7 +49,7 @@ struct TourneyConfig {
   bool roundsFlag = false;  // the "rounds" text is exactly "true"
   int rounds = 1;
   std::string logFolder;
-  std::string logPath;  // folder + "/" + name + ".log", empty without a folder
+  std::string logPath;  // folder + "/" + fileNamePart(name) + ".log", empty without a folder
   int threads = 1;      // 0 is kept as read; the run plays one game at a time then
   // Moves per time period written into the time-control tags; 0 without a "clock" element.
   int movesPerSecond = 0;

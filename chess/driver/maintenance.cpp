@@ -4,9 +4,11 @@
 
 #include "chess/book/book_commands.h"
 #include "chess/driver/talvena.h"
-#include "chess/tourney/engine_learning_games.h"
 #include "chess/tourney/learning.h"
+#include "chess/tourney/play_game.h"
+#include "chess/tourney/soul_file.h"
 #include "chess/tourney/tourney.h"
+#include "chess/tourney/tourney_learning_games.h"
 
 namespace kbuChess {
 
@@ -157,9 +159,7 @@ void clsTalvena::runLearning(const LearningSettings& given) {
         (settings.enginesCount > 0 ? std::to_string(settings.enginesCount) : std::string("as in the file")) +
         ", ms per move " + std::to_string(settings.msPerMove) + ", max moves " + std::to_string(settings.maxMoves) +
         ", threads " + std::to_string(settings.threads));
-  // Interim runner: embedded engines played directly, until the tournament's
-  // game loop plays learning games.
-  clsEngineLearningGames games(settings.threads);
+  clsTourneyLearningGames games;
   clsRandomOpenings randomOpenings(settings.openingPlies);
   clsBookOpenings bookOpenings(book_, settings.openingPlies);
   clsOpenings& openings = book_.empty() ? static_cast<clsOpenings&>(randomOpenings) : bookOpenings;
@@ -167,16 +167,9 @@ void clsTalvena::runLearning(const LearningSettings& given) {
   learning.run();
 }
 
-// The game between two souls and the expression console are not part of this
-// build; the commands keep their names and usage lines so that scripts get a
-// clear answer.
 int clsTalvena::cmdPlay(const std::string& rest) {
-  if (wordAt(rest, 2).empty()) {
-    print("# \\play ms_per_move max_moves file.pgn [soulA soulB]");
-  } else {
-    print("# \\play is not available in this build");
-  }
-  return CMD_PRINTED;
+  haltSearch();
+  return commandPlay(rest, soulLine(Soul{engine_.soulName(), engine_.soulValues()}), *this);
 }
 
 }  // namespace kbuChess

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
+#include <thread>
 
 #include "base/interrupt.h"
 #include "base/text.h"
@@ -10,6 +11,7 @@
 #include "chess/tourney/pgn_output.h"
 #include "chess/tourney/results_file.h"
 #include "chess/tourney/standings.h"
+#include "chess/tourney/tourney_learning_games.h"
 #include "chess/tourney/tourney_text.h"
 
 namespace kbuChess {
@@ -24,6 +26,21 @@ constexpr int CANCEL_FIRST_PAUSE_MS = 3000;
 constexpr int CANCEL_SECOND_PAUSE_MS = 4000;
 
 }  // namespace
+
+bool soulOfPlayer(const PlayerConfig& player, Soul& soul) {
+  const std::string text = player.parameters.empty() ? player.name : player.parameters;
+  if (text.find('=') != std::string::npos) {
+    soul = parseSoul(text);
+    return true;
+  }
+  for (const char* preset : SOUL_PRESETS) {
+    const Soul candidate = parseSoul(preset);
+    if (candidate.name != text) continue;
+    soul = candidate;
+    return true;
+  }
+  return false;
+}
 
 int nextRunCounter(const std::string& folder, const std::string& eventName) {
   const std::string prefix = fileNamePart(eventName) + "-";
@@ -106,9 +123,9 @@ bool clsTourney::run() {
   createGames();
   for (const std::string& line : bannerLines()) log(line);
   if (config_.type == LEARNING) {
-    log("# learning events are not available in this build");
+    const bool completed = runLearning();
     log(finishLine(config_.type));
-    return true;
+    return completed;
   }
   for (round_ = 1; round_ <= config_.rounds; ++round_) {
     if (!playRound(round_)) {
@@ -120,6 +137,42 @@ bool clsTourney::run() {
   log(finishLine(config_.type));
   round_ = config_.rounds;
   return true;
+}
+
+// A learning event breeds the file's embedded players by generations, one
+// generation per round, in NAME.souls of the log folder (continued when it
+// exists), at the increment (or a fortieth of the game time) per move.
+bool clsTourney::runLearning() {
+  std::vector<Soul> souls;
+  for (const auto& player : players_) {
+    Soul soul;
+    if (!player->config().embedded() || !soulOfPlayer(player->config(), soul)) {
+      log("# learning takes embedded players with a known soul; skipped " + player->name());
+      continue;
+    }
+    souls.push_back(soul);
+  }
+  LearningSettings settings;
+  settings.file = joinPath(config_.logFolder, fileNamePart(config_.name) + ".souls");
+  settings.generations = config_.rounds < 1 ? 1 : config_.rounds;
+  settings.enginesCount = static_cast<int>(souls.size());
+  settings.msPerMove = config_.incrementMs > 0 ? config_.incrementMs : (config_.gameMs / 40 > 0 ? config_.gameMs / 40 : 1);
+  settings.threads = config_.gamesAtOnce();
+  clsTourneyLearningGames games;
+  clsRandomOpenings openings(settings.openingPlies);
+  clsLearning learning(settings, games, openings, out_);
+  // Ctrl-C ends the generation being played; the soul file keeps the last one.
+  std::atomic<bool> done{false};
+  std::thread watcher([&] {
+    while (!done.load() && !kobubase::clsInterruptGuard::requested()) kobubase::sleepMs(20);
+    if (done.load()) return;
+    learning.requestStop();
+    games.stop();
+  });
+  const int completed = learning.run(souls);
+  done.store(true);
+  watcher.join();
+  return completed >= settings.generations;
 }
 
 bool clsTourney::playRound(int round) {

@@ -21,6 +21,7 @@
 
 #include "base/output.h"
 #include "base/thread.h"
+#include "chess/engine/soul.h"
 #include "chess/tourney/player.h"
 #include "chess/tourney/tourney_config.h"
 #include "chess/tourney/tourney_game.h"
@@ -43,6 +44,7 @@ class clsTourney : public clsTourneyHost {
 
  private:
   void createGames();
+  bool runLearning();
   bool playRound(int round);
   void startGames(int& running);
   void cancelGames();
@@ -60,6 +62,10 @@ class clsTourney : public clsTourneyHost {
   kobubase::clsMutex logLock_;
   std::FILE* logFile_ = nullptr;
 };
+
+// An embedded player's soul: its parameters (a soul text or a preset's name),
+// else its name as a preset's name; false when neither names a soul.
+bool soulOfPlayer(const PlayerConfig& player, Soul& soul);
 
 // The highest RUN of files NAME-RUN-*.pgn in the folder, plus one.
 int nextRunCounter(const std::string& folder, const std::string& eventName);

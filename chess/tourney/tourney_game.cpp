@@ -114,9 +114,11 @@ void clsTourneyGame::play() {
   } else {
     playOpening();
     side_ = board_.position().side & 1;
-    moveStartMs_ = kobubase::nowMs();
-    adapters_[side_]->Go();
-    loop();
+    if (game_.plies() == 0 || !judgePosition(side_ ^ 1)) {
+      moveStartMs_ = kobubase::nowMs();
+      adapters_[side_]->Go();
+      loop();
+    }
   }
   score();
 }
@@ -217,14 +219,7 @@ bool clsTourneyGame::takeMove(const std::string& move, std::int64_t elapsed) {
     setResult(rc::DRAW | rc::REPETITION);
     return false;
   }
-  if (const std::uint32_t end = gameEndCode(gameEnd(board_), mover); end != 0) {
-    setResult(end);
-    return false;
-  }
-  if (clock_.maxPlies > 0 && game_.plies() >= clock_.maxPlies) {
-    setResult(rc::DRAW | rc::ADJUDICATION);
-    return false;
-  }
+  if (judgePosition(mover)) return false;
   adapters_[mover]->PlayMove(move, mover);
   side_ = mover ^ 1;
   moveStartMs_ = kobubase::nowMs();
@@ -232,6 +227,21 @@ bool clsTourneyGame::takeMove(const std::string& move, std::int64_t elapsed) {
   adapters_[BLACK]->setClocks(clocks_[BLACK], clocks_[WHITE]);
   adapters_[side_]->PlayMove(move, mover);
   return true;
+}
+
+// Whether the position after the mover's move ends the game: mate,
+// stalemate, 50 moves, dead material, or the length cap (a draw; a mate on
+// the capping ply still counts).
+bool clsTourneyGame::judgePosition(int mover) {
+  if (const std::uint32_t end = gameEndCode(gameEnd(board_), mover); end != 0) {
+    setResult(end);
+    return true;
+  }
+  if (clock_.maxPlies > 0 && game_.plies() >= clock_.maxPlies) {
+    setResult(rc::DRAW | rc::ADJUDICATION);
+    return true;
+  }
+  return false;
 }
 
 void clsTourneyGame::setResult(std::uint32_t code) {

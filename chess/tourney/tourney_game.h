@@ -82,6 +82,7 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   // One reply of the side to move; false when the game has ended.
   bool takeReply(const std::string& reply, std::int64_t elapsed);
   bool takeMove(const std::string& move, std::int64_t elapsed);
+  bool judgePosition(int mover);
   void setResult(std::uint32_t code);
   void score();
   void endAdapters();

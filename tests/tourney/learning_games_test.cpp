@@ -1,20 +1,20 @@
 #include <gtest/gtest.h>
 
 #include "chess/board/tables.h"
-#include "chess/tourney/engine_learning_games.h"
+#include "chess/tourney/tourney_learning_games.h"
 
 namespace kbuChess {
 namespace {
 
-class EngineLearningGamesTest : public testing::Test {
+class LearningGamesTest : public testing::Test {
  protected:
   static void SetUpTestSuite() { initTables(); }
   const Soul white = parseSoul(SOUL_PRESETS[2]);
   const Soul black = parseSoul(SOUL_PRESETS[4]);
-  clsEngineLearningGames games;
+  clsTourneyLearningGames games;
 };
 
-TEST_F(EngineLearningGamesTest, MatesEndTheGameAndTheCapMakesADraw) {
+TEST_F(LearningGamesTest, MatesEndTheGameAndTheCapMakesADraw) {
   const std::vector<std::string> fools = {"f2f3", "e7e5", "g2g4", "d8h4"};
   GameOutcome outcome = games.play(white, black, fools, 5, 3);
   EXPECT_TRUE(outcome.finished);
@@ -29,7 +29,7 @@ TEST_F(EngineLearningGamesTest, MatesEndTheGameAndTheCapMakesADraw) {
   EXPECT_EQ(outcome.whitePoints, 2);
 }
 
-TEST_F(EngineLearningGamesTest, EnginesFinishAMateInOneAndAnIllegalOpeningEndsTheOpening) {
+TEST_F(LearningGamesTest, EnginesFinishAMateInOneAndAnIllegalOpeningEndsTheOpening) {
   // After 1.e4 e5 2.Bc4 Nc6 3.Qh5 Nf6 White mates with Qxf7.
   GameOutcome outcome = games.play(white, black, {"e2e4", "e7e5", "f1c4", "b8c6", "d1h5", "g8f6"}, 200, 20);
   EXPECT_TRUE(outcome.finished);
@@ -41,7 +41,7 @@ TEST_F(EngineLearningGamesTest, EnginesFinishAMateInOneAndAnIllegalOpeningEndsTh
   EXPECT_EQ(outcome.whitePoints, 0);
 }
 
-TEST_F(EngineLearningGamesTest, AStoppedRunnerReturnsUnfinishedGames) {
+TEST_F(LearningGamesTest, AStoppedRunnerReturnsUnfinishedGames) {
   games.stop();
   const GameOutcome outcome = games.play(white, black, {}, 5, 10);
   EXPECT_FALSE(outcome.finished);

@@ -10,6 +10,8 @@
 #     the Elo difference with its 95% margin.
 #   bench/learn.sh build/talvena [SOULS GENERATIONS MS MOVES]
 #   environment: ROUNDS=200 GAME_MS=5000 INC_MS=50 THREADS=2 WORK=folder
+#     OPENINGS=book.sbk (else random lines) OPENING_PLIES=8
+#     BEST="NAME=v1 ... v21" skips the learning and matches this soul
 set -u
 [ $# -ge 1 ] && [ -x "$1" ] || { echo "usage: $0 /path/to/talvena [souls generations ms_per_move max_moves]" >&2; exit 2; }
 TALVENA=$(readlink -f "$1")
@@ -26,6 +28,10 @@ mkdir -p "$WORK"
 SOULFILE=$WORK/learned.souls
 SIMPLE5="Simple5=7 20 2 20 4 1 5 2 5 8 1 8 10 10 20 5 1 5 10 5 10"
 
+OPENINGS=${OPENINGS:-}
+OPENING_PLIES=${OPENING_PLIES:-8}
+BEST=${BEST:-}
+if [ -z "$BEST" ]; then
 echo "learning: $SOULS souls, $GENERATIONS generations, $MS ms per move, $MOVES moves; files in $WORK"
 start=$(date +%s%N)
 printf '\\learn %s %s %s %s %s\nquit\n' "$SOULFILE" "$GENERATIONS" "$SOULS" "$MS" "$MOVES" |
@@ -36,13 +42,16 @@ echo "learning wall time: $(((end - start) / 1000000)) ms"
 # The first soul after the last generation line is the best of the last generation.
 BEST=$(awk '/^# generation /{next_is_best=1; next} next_is_best{best=$0; next_is_best=0} END{print best}' "$SOULFILE")
 [ -n "$BEST" ] || { echo "FAIL: no learned soul in $SOULFILE"; exit 1; }
+fi
 echo "best learned soul: $BEST"
 
 INI=$WORK/match.xml
 cat >"$INI" <<XML
 <?xml version="1.0"?>
-<tourney name="learned-vs-simple5" type="all">
+<tourney name="learned-vs-simple5" type="gauntlet">
   <options>
+    <openings>$OPENINGS</openings>
+    <opening_plies>$OPENING_PLIES</opening_plies>
     <rounds>$ROUNDS</rounds>
     <threads>$THREADS</threads>
     <logfolder>$WORK</logfolder>

@@ -16,6 +16,7 @@
 #include "chess/board/tables.h"
 #include "chess/book/book.h"
 #include "chess/driver/console.h"
+#include "chess/engine/engine.h"
 
 using namespace kbuChess;
 

@@ -1,13 +1,16 @@
 #include "chess/tourney/tourney.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
+#include <map>
 #include <thread>
 
 #include "base/interrupt.h"
 #include "base/text.h"
 #include "chess/driver/command_result.h"
+#include "chess/book/book_file.h"
 #include "chess/tourney/pgn_output.h"
 #include "chess/tourney/results_file.h"
 #include "chess/tourney/standings.h"
@@ -64,6 +67,15 @@ clsTourney::clsTourney(TourneyConfig config, kobubase::clsOutBuffer& out) : conf
     std::filesystem::create_directories(config_.logFolder, error);
   }
   runCounter_ = nextRunCounter(config_.logFolder, config_.name);
+  random_.seed(static_cast<std::uint64_t>(kobubase::nowMs()), static_cast<std::uint64_t>(std::time(nullptr)));
+  if (!config_.openingBook.empty() && !loadBook(openingBook_, config_.openingBook, 0, out_)) {
+    out_.print("# no openings from " + config_.openingBook + ": the games use random lines");
+  }
+  if (openingBook_.empty()) {
+    openings_ = std::make_unique<clsRandomOpenings>(config_.openingPlies);
+  } else {
+    openings_ = std::make_unique<clsBookOpenings>(openingBook_, config_.openingPlies);
+  }
   resultsPath_ = joinPath(config_.logFolder,
                           fileNamePart(config_.name) + "-" + std::to_string(runCounter_) + "-results.tsv");
   if (!config_.logPath.empty()) {
@@ -175,8 +187,23 @@ bool clsTourney::runLearning() {
   return completed >= settings.generations;
 }
 
+// One opening line per pairing, the same for both colours.
+void clsTourney::drawOpenings() {
+  if (config_.openingPlies <= 0) return;
+  std::map<std::pair<const clsPlayer*, const clsPlayer*>, std::vector<std::string>> lines;
+  for (auto& game : games_) {
+    const clsPlayer* a = game->white();
+    const clsPlayer* b = game->black();
+    const auto key = a < b ? std::make_pair(a, b) : std::make_pair(b, a);
+    auto found = lines.find(key);
+    if (found == lines.end()) found = lines.emplace(key, openings_->line(random_)).first;
+    game->setOpening(found->second);
+  }
+}
+
 bool clsTourney::playRound(int round) {
   const std::time_t now = std::time(nullptr);
+  drawOpenings();
   for (auto& game : games_) {
     game->rearm();
     setRoundTags(game->record(), config_, runCounter_, round, game->number(), game->white()->name(),

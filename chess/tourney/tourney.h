@@ -21,7 +21,10 @@
 
 #include "base/output.h"
 #include "base/thread.h"
+#include "base/random.h"
+#include "chess/book/book.h"
 #include "chess/engine/soul.h"
+#include "chess/tourney/learning.h"
 #include "chess/tourney/player.h"
 #include "chess/tourney/tourney_config.h"
 #include "chess/tourney/tourney_game.h"
@@ -45,6 +48,7 @@ class clsTourney : public clsTourneyHost {
  private:
   void createGames();
   bool runLearning();
+  void drawOpenings();
   bool playRound(int round);
   void startGames(int& running);
   void cancelGames();
@@ -59,6 +63,9 @@ class clsTourney : public clsTourneyHost {
   int round_ = 0;
   std::int64_t startMs_ = 0;
   std::string resultsPath_;
+  clsBook openingBook_;
+  std::unique_ptr<clsOpenings> openings_;
+  kobubase::clsRandom random_;
   kobubase::clsMutex logLock_;
   std::FILE* logFile_ = nullptr;
 };

@@ -35,6 +35,9 @@ void readOptions(const pugi::xml_node& options, TourneyConfig& config, Messages&
   config.roundsFlag = rounds == "true";
   config.rounds = readNumber(rounds, 1, 0, TourneyConfig::MAX_ROUNDS, "rounds", messages);
   config.logFolder = options.child("logfolder").text().get();
+  config.openingBook = options.child("openings").text().get();
+  config.openingPlies = readNumber(options.child("opening_plies").text().get(), config.openingBook.empty() ? 0 : 8, 0,
+                                   TourneyConfig::MAX_OPENING_PLIES, "opening_plies", messages);
 }
 
 void readClock(const pugi::xml_node& clock, TourneyConfig& config, Messages& messages) {

@@ -4,7 +4,8 @@
 // the games only read the result.
 //
 //   <tourney name="blitz" type="gauntlet">            type: gauntlet, learning, else all-play-all
-//     <options><rounds>2</rounds><logfolder>logs</logfolder><threads>2</threads></options>
+//     <options><rounds>2</rounds><logfolder>logs</logfolder><threads>2</threads>
+//              <openings>book.sbk</openings><opening_plies>8</opening_plies></options>
 //     <clock moves_per_second="0" game_ms="10000" increment_ms="100"/>
 //     <engines>
 //       <engine active="true" name="Self" protocol="embedded" parameters="soul=..."/>
@@ -42,6 +43,7 @@ struct TourneyConfig {
   static constexpr std::int64_t MAX_GAME_MS = 86400000;  // a day
   static constexpr std::int64_t MAX_INCREMENT_MS = 3600000;
   static constexpr std::int64_t MAX_MOVES_PER_SECOND = 1000000;
+  static constexpr std::int64_t MAX_OPENING_PLIES = 40;
 
   bool loaded = false;  // the file held a "tourney" element
   std::string name;
@@ -55,6 +57,12 @@ struct TourneyConfig {
   int movesPerSecond = 0;
   int gameMs = 60000;
   int incrementMs = 0;
+  // Openings: each pairing plays both colours from the same line of
+  // openingPlies plies, drawn from this book (".sbk"), or random legal moves
+  // when the name is empty; 0 plies (the default without a book): the start
+  // position.
+  std::string openingBook;
+  int openingPlies = 0;
   std::vector<PlayerConfig> players;  // active engines in file order
   std::vector<std::pair<std::string, std::string>> pgnHeaders;
 

@@ -132,6 +132,17 @@ TEST(TourneyConfigTest, NumbersOutOfBoundsAreHeldWithAWarning) {
   EXPECT_EQ(read("<tourney><options><threads>3</threads></options></tourney>").config.gamesAtOnce(), 3);
 }
 
+TEST(TourneyConfigTest, OpeningsComeFromABookOrRandomLines) {
+  EXPECT_EQ(read("<tourney/>").config.openingPlies, 0);
+  const Read book = read("<tourney><options><openings>my.sbk</openings></options></tourney>");
+  EXPECT_EQ(book.config.openingBook, "my.sbk");
+  EXPECT_EQ(book.config.openingPlies, 8);
+  const Read random = read("<tourney><options><opening_plies>99</opening_plies></options></tourney>");
+  EXPECT_EQ(random.config.openingBook, "");
+  EXPECT_EQ(random.config.openingPlies, 40);
+  EXPECT_EQ(random.messages, Lines{"# tourney file: opening_plies 99 is out of range, 40 used"});
+}
+
 TEST(TourneyConfigTest, UnusableFilesLeaveNoPlayers) {
   Read r = read("not xml at all");
   EXPECT_FALSE(r.config.loaded);

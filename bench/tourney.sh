@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Tournament overheads, measured on whole runs of the real program:
+#  1. Two embedded souls, GAMES games, two at a time: the wall time against
+#     the games' own durations shared by the two threads (what a perfect
+#     scheduler would take). Printed as a ratio; 1.00 is no overhead.
+#  2. Embedded Simple5 against fairymax, FAIRY_GAMES games at 10 s + 100 ms,
+#     two at a time: how many games were lost on time, and by whom.
+#   bench/tourney.sh build/talvena [GAMES] [FAIRY_GAMES]
+set -euo pipefail
+TALVENA=$(readlink -f "${1:-build/talvena}")
+GAMES=${2:-20}
+FAIRY_GAMES=${3:-100}
+WORK=$(mktemp -d /tmp/talvena-bench-tourney.XXXXXX)
+
+tourney() {  # name rounds game_ms inc_ms engines...
+  local name=$1 rounds=$2 game_ms=$3 inc_ms=$4
+  shift 4
+  {
+    echo "<tourney name=\"$name\" type=\"gauntlet\"><options><rounds>$rounds</rounds><threads>2</threads>"
+    echo "<logfolder>$WORK</logfolder><opening_plies>6</opening_plies></options>"
+    echo "<clock moves_per_second=\"0\" game_ms=\"$game_ms\" increment_ms=\"$inc_ms\"/><engines>$*</engines></tourney>"
+  } >"$WORK/$name.xml"
+  local start=$(date +%s%N)
+  "$TALVENA" -use=tourney -ini="$WORK/$name.xml" </dev/null >"$WORK/$name.out" 2>&1
+  echo $((($(date +%s%N) - start) / 1000000))
+}
+
+embedded='<engine active="true" name="Simple5" protocol="embedded"/><engine active="true" name="Mass161" protocol="embedded"/>'
+wall=$(tourney souls $(((GAMES + 1) / 2)) 3000 30 "$embedded")
+summed=$(awk -F'\t' 'NR > 1 { total += $8 } END { print total }' "$WORK/souls-1-results.tsv")
+awk -v wall="$wall" -v summed="$summed" -v games="$GAMES" 'BEGIN {
+  printf "souls: %d games, wall %.1f s, game time %.1f s over 2 threads = %.1f s, ratio %.3f\n",
+         games, wall / 1000, summed / 1000, summed / 2000, wall / (summed / 2) }'
+
+fairy='<engine active="true" name="Simple5" protocol="embedded"/><engine active="true" name="Fairy-Max" protocol="xboard" filename="/usr/games/fairymax"/>'
+wall=$(tourney fairy $(((FAIRY_GAMES + 1) / 2)) 10000 100 "$fairy")
+awk -F'\t' -v wall="$wall" 'NR > 1 {
+    games++
+    if ($6 == "forfeit") { forfeits++; loser = ($5 == "1-0") ? $4 : $3; lost[loser]++ }
+  } END {
+    printf "fairymax: %d games in %.1f s, %d lost on time (Simple5 %d, Fairy-Max %d)\n",
+           games, wall / 1000, forfeits, lost["Simple5"], lost["Fairy-Max"] }' "$WORK/fairy-1-results.tsv"
+echo "files in $WORK"

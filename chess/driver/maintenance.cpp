@@ -12,6 +12,9 @@ using kobubase::wordAt;
 
 namespace {
 
+// Debug levels run from 0 (quiet) upwards; more than this means nothing more.
+constexpr std::int64_t MAX_DEBUG_SETTING = 100;
+
 // The first line of a readable file (at most 64 KiB of it), or false.
 bool firstLineOfFile(const std::string& path, std::string& line) {
   std::FILE* file = std::fopen(path.c_str(), "rb");
@@ -56,7 +59,7 @@ int clsTalvena::cmdDebugBoard(const std::string& rest) {
 }
 
 int clsTalvena::cmdDbg(const std::string& rest) {
-  engine_.debugSetting = static_cast<int>(readInteger(rest));
+  engine_.debugSetting = static_cast<int>(kobubase::readClamped(rest, 0, MAX_DEBUG_SETTING));
   execute("setboard 1k6/7R/1K6/8/8/8/8/8 b");
   execute("post");
   execute("go");

@@ -58,6 +58,8 @@ class clsEngine : public clsBoard, public kobubase::clsThread {
   int fixedDepth() const { return fixedDepth_; }
   void setSinglePass(bool on) { singlePass_ = on; }
   void setBookProbe(clsBookProbe* probe) { bookProbe_ = probe; }
+  // "-proportional": the acceptance percentage, 0 to 100, 60 when no value is given.
+  static int acceptPercent(const kobubase::clsOptions& options);
   clsEngineShare* share() const { return share_; }
   int debugSetting = 0;
 

@@ -20,6 +20,9 @@ struct TTEntry {
 };
 static_assert(sizeof(TTEntry) == 32, "a table entry is 32 bytes");
 
+// The largest table a "memory" figure may ask for: 64 GiB.
+inline constexpr std::int64_t MAX_TABLE_MIB = 1 << 16;
+
 class clsEngineShare {
  public:
   clsEngineShare() = default;

@@ -37,7 +37,10 @@ class clsEngineShare {
  private:
   u64 entryCount_ = 0;
   u64 requestedBytes_ = 0;
-  std::unique_ptr<TTEntry[]> table_;
+  struct FreeTable {
+    void operator()(TTEntry* table) const;
+  };
+  std::unique_ptr<TTEntry[], FreeTable> table_;
 };
 
 }  // namespace kbuChess

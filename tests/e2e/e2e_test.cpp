@@ -180,6 +180,35 @@ TEST(E2eStartTest, OptionsFromTheCommandLine) {
   std::remove(log.c_str());
 }
 
+// "--help" and "--version" answer and leave at once, without the banner; a
+// word that is no name=value option gets one warning and the engine starts.
+TEST(E2eStartTest, HelpVersionAndUnknownArguments) {
+  for (const char* help : {"--help", "-h"}) {
+    EngineProcess engine(TALVENA_BIN, {"memory=1", help});
+    const Lines lines = engine.readUntil("  --version", 3000);
+    ASSERT_TRUE(engine.found()) << help;
+    EXPECT_EQ(lines.front(), "Usage: talvena [name=value ...]");
+    EXPECT_NE(std::find(lines.begin(), lines.end(),
+                        "  memory=MIB           transposition table size in MiB (0 to 65536; default none)"),
+              lines.end());
+    EXPECT_EQ(engine.readUntil("# ", 1000), (Lines{"", "At the prompt: xboard commands (new, go, usermove e2e4, perft 5, quit) and the",
+                                                   "backslash commands (\\ for the board, \\loadbook, \\buildbooks, ...)."}));
+    EXPECT_EQ(engine.waitExit(3000), 0);
+  }
+  EngineProcess version(TALVENA_BIN, {"--version"});
+  EXPECT_EQ(version.readLine(3000).value_or(""), "Talvena 3.0.23");
+  EXPECT_FALSE(version.readLine(500).has_value());
+  EXPECT_EQ(version.waitExit(3000), 0);
+
+  EngineProcess engine(TALVENA_BIN, {"frobnicate", "-random", "x=y"});
+  EXPECT_EQ(engine.readLine(5000).value_or(""), "# ignoring argument frobnicate: options are name=value, see --help");
+  EXPECT_EQ(engine.readLine(5000).value_or(""), "# TT 0 entries - 0 MiB");
+  engine.send("quit");
+  engine.readUntil("# bye bye", 3000);
+  EXPECT_TRUE(engine.found());
+  EXPECT_EQ(engine.waitExit(3000), 0);
+}
+
 TEST(E2eStartTest, TourneyModeRunsWithoutTheLoop) {
   EngineProcess engine(TALVENA_BIN, {"-use=tourney"});
   ASSERT_TRUE(engine.started());

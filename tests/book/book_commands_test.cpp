@@ -59,9 +59,12 @@ TEST_F(BookCommands, BuildBooksBesideTheFolderThenLoadAndSave) {
 
   clsBook book;
   commandLoadBook(book, "\"" + games + ".sbk\"", out);
-  EXPECT_EQ(out.lines(), (Lines{"# wait...\r#     loading 6 positions\r# 0%\r# 16%\r# 33%\r# 50%\r# 66%\r# 83%\r"
-                                "# ok  ",
-                                "# book " + games + ".sbk loaded with 6 positions"}));
+  lines = out.lines();
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(bookTest::parts(lines[0]), (Lines{"# wait...", "#     loading 6 positions", "# 0%", "# 16%", "# 33%",
+                                              "# 50%", "# 66%", "# 83%", "# ok"}));
+  EXPECT_EQ(bookTest::onScreen(lines[0]), "# ok");  // no tail of the progress left on the line
+  EXPECT_EQ(lines[1], "# book " + games + ".sbk loaded with 6 positions");
   commandSaveBook(book, folder.file("copy.sbk") + " 1", out);
   EXPECT_EQ(out.lines(), (Lines{"# wait...\r# book " + folder.file("copy.sbk") + " saved"}));
   commandLoadBook(book, folder.file("nothing.sbk"), out);
@@ -97,7 +100,7 @@ TEST_F(BookCommands, MergeBooksAddsEveryBookOfTheFolder) {
   commandMergeBooks(books + " " + books + "/all.sbk", out);
   Lines lines = out.lines();
   ASSERT_EQ(lines.size(), 7u);
-  EXPECT_EQ(lines[0], "#     loading 2 positions\r# 0%\r# 50%\r# ok  ");
+  EXPECT_EQ(bookTest::parts(lines[0]), (Lines{"#     loading 2 positions", "# 0%", "# 50%", "# ok"}));
   EXPECT_EQ(lines[1], "# merging 2 positions from " + books + "/one.sbk");
   EXPECT_EQ(lines[3], "# merging 1 positions from " + books + "/two.sbk");
   EXPECT_EQ(lines[4], "# total positions 2");

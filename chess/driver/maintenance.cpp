@@ -47,6 +47,9 @@ void clsTalvena::loadSoul(const std::string& text) {
     engine_.applySoulText(soul);
   } else {
     engine_.selectSoul(soul);
+    if (engine_.soulName() != soul) {
+      print("# no preset or file named " + soul + "; the soul in use is " + engine_.soulName());
+    }
   }
 }
 

@@ -68,7 +68,8 @@ TEST_F(BookCommands, BuildBooksBesideTheFolderThenLoadAndSave) {
   commandSaveBook(book, folder.file("copy.sbk") + " 1", out);
   EXPECT_EQ(out.lines(), (Lines{"# wait...\r# book " + folder.file("copy.sbk") + " saved"}));
   commandLoadBook(book, folder.file("nothing.sbk"), out);
-  EXPECT_EQ(out.lines(), (Lines{"# wait...\r# error loading " + folder.file("nothing.sbk")}));
+  EXPECT_EQ(out.lines(), (Lines{"# wait...\r# error 2: No such file or directory",
+                                "# error loading " + folder.file("nothing.sbk")}));
   commandSaveBook(book, folder.file("no/dir.sbk"), out);
   EXPECT_EQ(out.lines(), (Lines{"# wait...\r# error 2: No such file or directory",
                                 "# error saving " + folder.file("no/dir.sbk")}));
@@ -112,6 +113,11 @@ TEST_F(BookCommands, MergeBooksAddsEveryBookOfTheFolder) {
   out.lines();
   commandMergeBooks(books + " " + books + "/all.sbk", out);  // the output book is not merged into itself
   EXPECT_EQ(out.lines()[4], "# total positions 2");
+  // A folder without books writes no book at all.
+  const std::string missing = folder.file("nowhere");
+  commandMergeBooks(missing + " " + folder.file("empty.sbk"), out);
+  EXPECT_EQ(out.lines(), (Lines{"# no .sbk files in " + missing, "# error merging books"}));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("empty.sbk")));
 }
 
 TEST_F(BookCommands, ConvertedBooksAreTested) {
@@ -141,5 +147,5 @@ TEST_F(BookCommands, StartupBookComesFromTheOptionOrBesideTheProgram) {
   EXPECT_EQ(out.lines().back(), "# book " + folder.file("talvena.sbk") + " loaded with 1 positions");
   options.set("book", folder.file("other.sbk"));
   loadStartupBook(book, options, folder.path.string(), out);
-  EXPECT_EQ(out.lines(), (Lines{"# error loading " + folder.file("other.sbk")}));
+  EXPECT_EQ(out.lines(), (Lines{"# error 2: No such file or directory", "# error loading " + folder.file("other.sbk")}));
 }

@@ -200,9 +200,10 @@ TEST(E2eStartTest, HelpVersionAndUnknownArguments) {
   EXPECT_FALSE(version.readLine(500).has_value());
   EXPECT_EQ(version.waitExit(3000), 0);
 
-  EngineProcess engine(TALVENA_BIN, {"frobnicate", "-random", "x=y"});
+  EngineProcess engine(TALVENA_BIN, {"frobnicate", "-random", "x=y", "-soul=Bogus"});
   EXPECT_EQ(engine.readLine(5000).value_or(""), "# ignoring argument frobnicate: options are name=value, see --help");
   EXPECT_EQ(engine.readLine(5000).value_or(""), "# TT 0 entries - 0 MiB");
+  EXPECT_EQ(engine.readLine(5000).value_or(""), "# no preset or file named Bogus; the soul in use is Simple5");
   engine.send("quit");
   engine.readUntil("# bye bye", 3000);
   EXPECT_TRUE(engine.found());

@@ -311,12 +311,41 @@ int clsTalvena::runPerft(const std::string& rest, bool divide) {
   const int depth = static_cast<int>(kobubase::clampTo(asked, 0, PERFT_MAX_DEPTH));
   haltSearch();
   const std::int64_t start = kobubase::nowMs();
+  watchPerft(start, divide);
   const u64 nodes = engine_.perft(depth, divide);
   const std::int64_t ms = kobubase::nowMs() - start;
+  engine_.perftPoll = nullptr;
+  engine_.perftRootDone = nullptr;
   engine_.resetFrames();
+  if (engine_.perftStopped()) {
+    print("# perft stopped after " + std::to_string(nodes) + " nodes, " + std::to_string(ms) + " ms");
+    return CMD_PRINTED;
+  }
   print("Nodes: " + std::to_string(nodes) + ", Time: " + std::to_string(ms) +
         " ms, Nodes/s: " + std::to_string(nodes * 1000 / static_cast<u64>(ms + 1)));
   return CMD_PRINTED;
+}
+
+// A count that runs longer than a second reports each finished root move (divide
+// prints its own lines), and a "quit" or "?" waiting in the input ends it; the
+// loop then takes that line as usual.
+void clsTalvena::watchPerft(std::int64_t start, bool divide) {
+  engine_.perftPoll = [this] {
+    return reader_ && reader_->anyQueued([](const std::string& line) {
+      const std::string_view word = wordAt(line, 0);
+      return word == "quit" || word == "?";
+    });
+  };
+  engine_.perftRootDone = [this, start, divide, rootMoves = 0, nodesSoFar = u64{0}](const Move& move,
+                                                                                     u64 count) mutable {
+    ++rootMoves;
+    nodesSoFar += count;
+    const std::int64_t ms = kobubase::nowMs() - start;
+    if (divide || ms < 1000) return;
+    print("# perft " + clsBoard::moveText(&move, true) + " " + std::to_string(count) + " - " +
+          std::to_string(rootMoves) + " root moves, " + std::to_string(nodesSoFar) + " nodes, " + std::to_string(ms) +
+          " ms");
+  };
 }
 
 }  // namespace kbuChess

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -152,6 +153,48 @@ TEST_F(E2eTest, BadInputGetsRepliesAndTheEngineKeepsWorking) {
   EXPECT_EQ(ask("usermove zz"), "Illegal move: usermove");
   EXPECT_EQ(ask("ping 77"), "pong 77");
   expectCleanEnd(false);
+}
+
+// The squares of a move in long form ("Nb1-c3", "e2xd3") as coordinates.
+std::string coordinates(const std::string& longForm) {
+  std::string squares;
+  for (const char c : longForm) {
+    if ((c >= 'a' && c <= 'h') || (c >= '1' && c <= '8')) squares += c;
+  }
+  return squares;
+}
+
+// A long count reports each root move once it has run a second, and "?" or
+// "quit" waiting in the input ends it.
+TEST_F(E2eTest, LongPerftReportsProgressAndEndsOnQuestionMarkOrQuit) {
+  engine_.send("perft 7");
+  const Lines lines = engine_.readUntil("# perft ", 60000);
+  ASSERT_TRUE(engine_.found()) << "no progress line";
+  const std::string& progress = lines.back();  // "# perft Nb1-c3 9755531 - 1 root moves, 9755531 nodes, 1890 ms"
+  std::smatch parts;
+  ASSERT_TRUE(std::regex_match(progress, parts, std::regex(R"(# perft (\S+) (\d+) - (\d+) root moves, (\d+) nodes, (\d+) ms)")))
+      << progress;
+  const std::string move = parts[1];
+  const unsigned long long count = std::stoull(parts[2]);
+  EXPECT_GE(std::stoull(parts[4]), count);
+  EXPECT_GE(std::stoull(parts[5]), 1000u);
+  kbuChess::clsBoard board;
+  board.readFEN(kbuChess::clsBoard::START_FEN);
+  ASSERT_TRUE(board.readCoordinateMove(coordinates(move))) << move;
+  EXPECT_EQ(board.perft(6, false), count) << move;
+
+  engine_.send("?");
+  engine_.readUntil("# perft stopped after ", 30000);
+  ASSERT_TRUE(engine_.found()) << "? did not end the count";
+  EXPECT_EQ(ask("ping 4"), "pong 4");
+  engine_.send("perft 7");
+  engine_.send("quit");
+  const Lines end = engine_.readUntil("# bye bye", 30000);
+  ASSERT_TRUE(engine_.found()) << "quit did not end the count";
+  ASSERT_GE(end.size(), 4u);
+  EXPECT_EQ(end[end.size() - 4].rfind("# perft stopped after ", 0), 0u) << end[end.size() - 4];
+  EXPECT_EQ(Lines(end.end() - 3, end.end()), (Lines{"# end", "# stop", "# bye bye"}));
+  EXPECT_EQ(engine_.waitExit(3000), 0);
 }
 
 // Command-line options: the table size, a soul loaded before the loop, the

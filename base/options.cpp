@@ -6,10 +6,12 @@ clsOptions::clsOptions(int argc, const char* const* argv) {
   for (int i = 1; i < argc; ++i) {
     std::string text = argv[i] ? argv[i] : "";
     const auto eq = text.find('=');
-    if (eq == std::string::npos)
+    if (eq == std::string::npos) {
       pairs_.emplace_back(text, std::string());
-    else
+      bare_.push_back(text);
+    } else {
       pairs_.emplace_back(text.substr(0, eq), text.substr(eq + 1));
+    }
   }
 }
 

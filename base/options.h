@@ -21,10 +21,13 @@ class clsOptions {
   // Splits "name=value" at the first '=' and sets it.
   void setPair(const std::string& text);
   std::size_t size() const { return pairs_.size(); }
+  // The arguments given without "=", in the order given (such as "-random").
+  const std::vector<std::string>& bareNames() const { return bare_; }
   const std::vector<std::pair<std::string, std::string>>& pairs() const { return pairs_; }
 
  private:
   std::vector<std::pair<std::string, std::string>> pairs_;
+  std::vector<std::string> bare_;
 };
 
 }  // namespace kobubase

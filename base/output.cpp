@@ -1,5 +1,6 @@
 #include "base/output.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace kobubase {
@@ -45,15 +46,34 @@ std::vector<std::string> clsTSafeOutput::captured() {
 }
 
 void clsOutBuffer::print(const std::string& text, bool lineEnd) {
-  if (echo_) clsTSafeOutput::instance().write(text, lineEnd);
   std::lock_guard<std::mutex> guard(lock_);
+  const std::string shown = overwriting(text, lineEnd);
+  if (echo_) clsTSafeOutput::instance().write(shown, lineEnd);
   if (!keep_) return;
   if (!lineEnd) {
-    partial_ += text;
+    partial_ += shown;
     return;
   }
-  lines_.push_back(partial_ + text);
+  lines_.push_back(partial_ + shown);
   partial_.clear();
+}
+
+// The text padded to cover the progress text it overwrites; notes the width
+// of a new progress text.
+std::string clsOutBuffer::overwriting(const std::string& text, bool lineEnd) {
+  std::string shown = text;
+  if (carriageWidth_ > 0 && (shown.empty() || shown.front() != '\n')) {
+    const std::size_t width = std::min(shown.find('\r'), shown.size());
+    if (width < carriageWidth_) shown.insert(width, carriageWidth_ - width, ' ');
+  }
+  if (lineEnd || shown.empty() || shown.back() != '\r') {
+    carriageWidth_ = 0;
+  } else {
+    const std::size_t before = shown.size() > 1 ? shown.rfind('\r', shown.size() - 2) : std::string::npos;
+    const std::size_t width = shown.size() - 1 - (before == std::string::npos ? 0 : before + 1);
+    carriageWidth_ = std::max(carriageWidth_, width);
+  }
+  return shown;
 }
 
 void clsOutBuffer::setKeep(bool on) {

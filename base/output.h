@@ -37,7 +37,9 @@ class clsOutBuffer {
   virtual ~clsOutBuffer() = default;
 
   // Writes text (through clsTSafeOutput when echo is on); completed lines are
-  // queued when keeping is on.
+  // queued when keeping is on. A text that ends in a carriage return without a
+  // line end is a progress line: whatever is printed next over it is padded
+  // with blanks to its width, so no tail of it is left on the screen.
   void print(const std::string& text, bool lineEnd = true);
   void setEcho(bool on) { echo_ = on; }
   void setKeep(bool on);
@@ -49,7 +51,10 @@ class clsOutBuffer {
   std::mutex lock_;
   bool echo_ = true;
   bool keep_ = false;
+  std::string overwriting(const std::string& text, bool lineEnd);
+
   std::string partial_;
+  std::size_t carriageWidth_ = 0;  // the widest progress text on the current line
   std::deque<std::string> lines_;
 };
 

@@ -87,6 +87,15 @@ void clsStdInThread::queueLine(std::string line) {
   if (lock.owns()) lines_.push_back(std::move(line));
 }
 
+bool clsStdInThread::anyQueued(const std::function<bool(const std::string&)>& test) {
+  clsLock lock(queueLock_);
+  if (!lock.owns()) return false;
+  for (const std::string& line : lines_) {
+    if (test(line)) return true;
+  }
+  return false;
+}
+
 std::string clsStdInThread::getLine(bool wait) {
   for (;;) {
     if (wait) sleepMs(1);

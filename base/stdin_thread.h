@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <string>
 
 #include "base/thread.h"
@@ -30,6 +31,9 @@ class clsStdInThread : public clsThread {
   // The oldest queued line, or "" when none is queued. With wait it sleeps
   // 1 ms before each try until a line comes or the reader has ended.
   std::string getLine(bool wait = false);
+  // Whether a queued line, not yet taken, satisfies the test: lets a long
+  // command look ahead for "quit" without taking the lines before it.
+  bool anyQueued(const std::function<bool(const std::string&)>& test);
   // True once the input has ended and "quit" was queued for it.
   bool endOfInput() const { return endOfInput_.load(); }
 

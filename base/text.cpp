@@ -10,10 +10,11 @@ std::int64_t readInteger(std::string_view text) {
   while (at < text.size() && (text[at] == ' ' || text[at] == '\t')) ++at;
   bool negative = false;
   if (at < text.size() && (text[at] == '-' || text[at] == '+')) negative = text[at++] == '-';
+  constexpr std::int64_t Largest = std::numeric_limits<std::int64_t>::max();
   std::int64_t value = 0;
-  constexpr std::int64_t Cap = std::numeric_limits<std::int64_t>::max() / 10 - 10;
   for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
-    if (value < Cap) value = value * 10 + (text[at] - '0');  // saturate instead of overflowing
+    const int digit = text[at] - '0';
+    value = value > (Largest - digit) / 10 ? Largest : value * 10 + digit;  // saturate instead of overflowing
   }
   return negative ? -value : value;
 }

@@ -11,7 +11,8 @@ namespace kobubase {
 
 // Leading blanks, an optional sign, then decimal digits up to the first
 // non-digit; no digits read as 0, like the C library's conversion. A number
-// too large for 64 bits saturates instead of wrapping.
+// too large for 64 bits reads as the largest (or, negative, the smallest but
+// one) 64-bit value instead of wrapping.
 std::int64_t readInteger(std::string_view text);
 // readInteger, then held within [low, high].
 std::int64_t readClamped(std::string_view text, std::int64_t low, std::int64_t high);

@@ -9,6 +9,7 @@
 // fen.cpp (FEN, board text), movegen.cpp (generation), makemove.cpp (make,
 // legality, play move), notation.cpp (move text, coordinate and SAN reading),
 // perft.cpp (perft and divide).
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -146,6 +147,14 @@ class clsBoard {
   // --- perft (perft.cpp)
   u64 perft(int depth, bool divide);
   u64 nodes() const { return nodes_; }
+  // A long count talks to its caller: perftPoll is asked about every
+  // PERFT_POLL_NODES inner nodes and a true answer ends the count early (the
+  // count so far is returned and perftStopped() holds); perftRootDone hears
+  // each root move with its count. Either may be empty.
+  static constexpr int PERFT_POLL_NODES = 4096;
+  std::function<bool()> perftPoll;
+  std::function<void(const Move& move, u64 count)> perftRootDone;
+  bool perftStopped() const { return perftStop_; }
 
  protected:
   // Called after a move typed by the user or sent by the interface was played.
@@ -166,6 +175,8 @@ class clsBoard {
   u64 nodes_ = 0;
   int maxDepth_ = 0;
   bool divide_ = false;
+  bool perftStop_ = false;
+  int perftCountdown_ = PERFT_POLL_NODES;
   kobubase::clsOutBuffer output_;
 
  private:

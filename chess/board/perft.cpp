@@ -6,6 +6,8 @@ namespace kbuChess {
 
 u64 clsBoard::perft(int depth, bool divide) {
   nodes_ = 0;
+  perftStop_ = false;
+  perftCountdown_ = PERFT_POLL_NODES;
   resetFrames();
   if (depth < 1) return 0;
   maxDepth_ = depth < 128 ? depth : 128;
@@ -20,6 +22,10 @@ u64 clsBoard::perft(int depth, bool divide) {
 // A move that captures a king can only come from an illegal position: the
 // count is then all ones.
 u64 clsBoard::perftNode(int remaining) {
+  if (remaining > 0 && --perftCountdown_ == 0) {
+    perftCountdown_ = PERFT_POLL_NODES;
+    if (perftPoll && perftPoll()) perftStop_ = true;
+  }
   savePosition();
   generate(-1);
   PlyFrame& f = *frame_;
@@ -40,7 +46,14 @@ u64 clsBoard::perftNode(int remaining) {
       const u64 child = perftNode(remaining - 1);
       popFrame();
       count += child;
-      if (divide_ && frame_ == frames_) output_.print(moveText(m, true) + " " + std::to_string(child));
+      if (perftStop_) {
+        pos_ = f.saved;
+        return count;
+      }
+      if (frame_ == frames_) {
+        if (divide_) output_.print(moveText(m, true) + " " + std::to_string(child));
+        if (perftRootDone) perftRootDone(*m, child);
+      }
     } else {
       ++count;
     }

@@ -1,6 +1,10 @@
 #include "chess/book/book_commands.h"
 
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
+
+#include "base/text.h"
 
 #include "chess/book/book.h"
 #include "chess/book/book_file.h"
@@ -79,6 +83,18 @@ std::optional<BuildRequest> parseBuildRequest(const std::vector<std::string>& wo
   return request;
 }
 
+// Says why a book did not load when the file itself cannot be opened; the
+// loader reports what is wrong inside a file it could open.
+void reportUnreadable(const std::string& path, kobubase::clsOutBuffer& out) {
+  errno = 0;
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) {
+    out.print(kobubase::errorLine(errno ? errno : ENOENT));
+  } else {
+    std::fclose(file);
+  }
+}
+
 }  // namespace
 
 int commandLoadBook(clsBook& book, const std::string& args, kobubase::clsOutBuffer& out) {
@@ -89,6 +105,7 @@ int commandLoadBook(clsBook& book, const std::string& args, kobubase::clsOutBuff
   if (loadBook(book, words[0], *limit, out)) {
     out.print("# book " + words[0] + " loaded with " + std::to_string(book.count()) + " positions");
   } else {
+    reportUnreadable(words[0], out);
     out.print("# error loading " + words[0]);
   }
   return HANDLED;
@@ -128,9 +145,10 @@ int commandMergeBooks(const std::string& args, kobubase::clsOutBuffer& out) {
     out.print("# merging " + std::to_string(work.count()) + " positions from " + file);
     merged.merge(work);
   }
-  if (inputs == 0) {
+  if (inputs == 0) {  // a mistyped folder must not leave an empty book behind
     out.print("# no .sbk files in " + words[0]);
-    failed = true;
+    out.print("# error merging books");
+    return HANDLED;
   }
   out.print("# total positions " + std::to_string(merged.count()));
   out.print("# saving " + std::to_string(merged.count()) + " positions in " + target);
@@ -239,6 +257,7 @@ void loadStartupBook(clsBook& book, const kobubase::clsOptions& options, const s
   if (loadBook(book, file, 0, out)) {
     out.print("# book " + file + " loaded with " + std::to_string(book.count()) + " positions");
   } else {
+    reportUnreadable(file, out);
     out.print("# error loading " + file);
   }
 }

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <filesystem>
+
+#include "base/text.h"
 
 namespace kbuChess {
 namespace fs = std::filesystem;
@@ -43,11 +44,9 @@ std::vector<std::string> splitArguments(const std::string& text) {
 }
 
 std::optional<int> wholeNumber(const std::string& word) {
-  int value = 0;
-  const char* end = word.data() + word.size();
-  const auto [last, error] = std::from_chars(word.data(), end, value);
-  if (word.empty() || error != std::errc() || last != end) return std::nullopt;
-  return value;
+  const std::size_t digits = !word.empty() && (word[0] == '-' || word[0] == '+') ? 1 : 0;
+  if (word.size() <= digits || word.find_first_not_of("0123456789", digits) != std::string::npos) return std::nullopt;
+  return static_cast<int>(kobubase::readClamped(word, -MAX_BOOK_NUMBER, MAX_BOOK_NUMBER));
 }
 
 std::vector<std::string> filesWithExtension(const std::string& where, const std::string& extension) {

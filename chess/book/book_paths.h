@@ -10,7 +10,11 @@ namespace kbuChess {
 
 // Splits at blanks; "a b" in double quotes is one word without its quotes.
 std::vector<std::string> splitArguments(const std::string& text);
-// The whole number the word holds, or nothing.
+// Limits, ply counts and types of the book commands are held within
+// +-MAX_BOOK_NUMBER, a billion: more than any book's game count.
+inline constexpr int MAX_BOOK_NUMBER = 1000000000;
+// The whole number the word holds (optional sign, digits only), held within
+// +-MAX_BOOK_NUMBER; nothing when the word is not a whole number.
 std::optional<int> wholeNumber(const std::string& word);
 // The files named by `where`, sorted by name: the file itself when it is one,
 // else every file of the folder with the extension (".pgn"), in any case of

@@ -6,8 +6,14 @@
 
 namespace kbuChess {
 
+using kobubase::readClamped;
 using kobubase::readInteger;
 using kobubase::wordAt;
+
+namespace {
+// A thousand cores is more than any machine this runs on will offer.
+constexpr std::int64_t MAX_CORES = 1024;
+}  // namespace
 
 // Exact, case-sensitive words, tried in this order after "usermove" and bare moves.
 const clsTalvena::Command clsTalvena::COMMANDS[] = {
@@ -197,12 +203,12 @@ int clsTalvena::cmdDepth(const std::string& rest) {
 }
 
 int clsTalvena::cmdTime(const std::string& rest) {
-  state_.engineTimeMs = readInteger(rest) * 10;
+  state_.engineTimeMs = centisecondsToMs(rest);
   return CMD_HANDLED;
 }
 
 int clsTalvena::cmdOtim(const std::string& rest) {
-  state_.opponentTimeMs = readInteger(rest) * 10;
+  state_.opponentTimeMs = centisecondsToMs(rest);
   return CMD_HANDLED;
 }
 
@@ -276,8 +282,9 @@ int clsTalvena::cmdComputer(const std::string&) {
   return CMD_PRINTED;
 }
 
+// "memory" and "cores" are kept as the clamped numbers they were read as.
 int clsTalvena::cmdMemory(const std::string& rest) {
-  engine_.runtimeOptions().set("memory", rest);
+  engine_.runtimeOptions().set("memory", std::to_string(readClamped(rest, 0, MAX_TABLE_MIB)));
   return CMD_HANDLED;
 }
 
@@ -287,7 +294,7 @@ int clsTalvena::cmdOption(const std::string& rest) {
 }
 
 int clsTalvena::cmdCores(const std::string& rest) {
-  engine_.runtimeOptions().set("cores", rest);
+  engine_.runtimeOptions().set("cores", std::to_string(readClamped(rest, 1, MAX_CORES)));
   return CMD_HANDLED;
 }
 
@@ -296,19 +303,49 @@ int clsTalvena::cmdPerft(const std::string& rest) { return runPerft(rest, false)
 int clsTalvena::cmdDivide(const std::string& rest) { return runPerft(rest, true); }
 
 int clsTalvena::runPerft(const std::string& rest, bool divide) {
-  const std::int64_t depth = readInteger(rest);
-  if (depth > PERFT_MAX_DEPTH) {
-    print("# perft depth " + std::to_string(depth) + " is too deep, at most " + std::to_string(PERFT_MAX_DEPTH));
+  const std::int64_t asked = readInteger(rest);
+  if (asked > PERFT_MAX_DEPTH) {
+    print("# perft depth " + std::to_string(asked) + " is too deep, at most " + std::to_string(PERFT_MAX_DEPTH));
     return CMD_PRINTED;
   }
+  const int depth = static_cast<int>(kobubase::clampTo(asked, 0, PERFT_MAX_DEPTH));
   haltSearch();
   const std::int64_t start = kobubase::nowMs();
-  const u64 nodes = engine_.perft(static_cast<int>(depth), divide);
+  watchPerft(start, divide);
+  const u64 nodes = engine_.perft(depth, divide);
   const std::int64_t ms = kobubase::nowMs() - start;
+  engine_.perftPoll = nullptr;
+  engine_.perftRootDone = nullptr;
   engine_.resetFrames();
+  if (engine_.perftStopped()) {
+    print("# perft stopped after " + std::to_string(nodes) + " nodes, " + std::to_string(ms) + " ms");
+    return CMD_PRINTED;
+  }
   print("Nodes: " + std::to_string(nodes) + ", Time: " + std::to_string(ms) +
         " ms, Nodes/s: " + std::to_string(nodes * 1000 / static_cast<u64>(ms + 1)));
   return CMD_PRINTED;
+}
+
+// A count that runs longer than a second reports each finished root move (divide
+// prints its own lines), and a "quit" or "?" waiting in the input ends it; the
+// loop then takes that line as usual.
+void clsTalvena::watchPerft(std::int64_t start, bool divide) {
+  engine_.perftPoll = [this] {
+    return reader_ && reader_->anyQueued([](const std::string& line) {
+      const std::string_view word = wordAt(line, 0);
+      return word == "quit" || word == "?";
+    });
+  };
+  engine_.perftRootDone = [this, start, divide, rootMoves = 0, nodesSoFar = u64{0}](const Move& move,
+                                                                                     u64 count) mutable {
+    ++rootMoves;
+    nodesSoFar += count;
+    const std::int64_t ms = kobubase::nowMs() - start;
+    if (divide || ms < 1000) return;
+    print("# perft " + clsBoard::moveText(&move, true) + " " + std::to_string(count) + " - " +
+          std::to_string(rootMoves) + " root moves, " + std::to_string(nodesSoFar) + " nodes, " + std::to_string(ms) +
+          " ms");
+  };
 }
 
 }  // namespace kbuChess

@@ -40,7 +40,7 @@ bool readLines(const std::string& path, std::vector<std::string>& lines) {
 
 int clsTalvena::cmdEpd(const std::string& rest) {
   haltSearch();
-  std::int64_t ms = readInteger(wordAt(rest, 0));
+  std::int64_t ms = kobubase::readClamped(wordAt(rest, 0), 0, MAX_CLOCK_MS);
   if (ms <= 0) ms = DefaultEpdMs;
   std::string file(wordAt(rest, 1));
   if (file.empty()) file = DefaultEpdFile;

@@ -17,6 +17,9 @@ using kobubase::wordAt;
 
 namespace {
 
+// Debug levels run from 0 (quiet) upwards; more than this means nothing more.
+constexpr std::int64_t MAX_DEBUG_SETTING = 100;
+
 // The first line of a readable file (at most 64 KiB of it), or false.
 bool firstLineOfFile(const std::string& path, std::string& line) {
   std::FILE* file = std::fopen(path.c_str(), "rb");
@@ -43,6 +46,9 @@ void clsTalvena::loadSoul(const std::string& text) {
     engine_.applySoulText(soul);
   } else {
     engine_.selectSoul(soul);
+    if (engine_.soulName() != soul) {
+      print("# no preset or file named " + soul + "; the soul in use is " + engine_.soulName());
+    }
   }
 }
 
@@ -54,7 +60,7 @@ int clsTalvena::cmdDebugBoard(const std::string& rest) {
 }
 
 int clsTalvena::cmdDbg(const std::string& rest) {
-  engine_.debugSetting = static_cast<int>(readInteger(rest));
+  engine_.debugSetting = static_cast<int>(kobubase::readClamped(rest, 0, MAX_DEBUG_SETTING));
   execute("setboard 1k6/7R/1K6/8/8/8/8/8 b");
   execute("post");
   execute("go");

@@ -28,11 +28,9 @@ std::string programDirectory() {
 }
 
 // "memory" in MiB: not a number or negative reads as 0 (no table); sizes
-// beyond 64 GiB are taken as typing errors and capped.
+// beyond MAX_TABLE_MIB are taken as typing errors and capped.
 std::int32_t tableMebibytes(const std::string& text) {
-  const std::int64_t mib = readInteger(text);
-  constexpr std::int64_t Largest = 1 << 16;
-  return static_cast<std::int32_t>(mib < 0 ? 0 : (mib > Largest ? Largest : mib));
+  return static_cast<std::int32_t>(kobubase::readClamped(text, 0, MAX_TABLE_MIB));
 }
 
 }  // namespace

@@ -150,6 +150,7 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   int cmdPerft(const std::string& rest);
   int cmdDivide(const std::string& rest);
   int runPerft(const std::string& rest, bool divide);
+  void watchPerft(std::int64_t start, bool divide);
 
   // --- maintenance.cpp: backslash commands
   int cmdDebugBoard(const std::string& rest);

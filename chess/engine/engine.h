@@ -51,6 +51,8 @@ class clsEngine : public clsBoard, public kobubase::clsThread {
   // tests and benchmarks can stop it at a point that does not depend on timing.
   void setNodeLimit(u64 nodes) { nodeLimit_ = nodes == 0 ? ~u64{0} : nodes; }
   void setBookProbe(clsBookProbe* probe) { bookProbe_ = probe; }
+  // "-proportional": the acceptance percentage, 0 to 100, 60 when no value is given.
+  static int acceptPercent(const kobubase::clsOptions& options);
   clsEngineShare* share() const { return share_; }
   int debugSetting = 0;
 

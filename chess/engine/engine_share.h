@@ -20,6 +20,9 @@ struct TTEntry {
 };
 static_assert(sizeof(TTEntry) == 32, "a table entry is 32 bytes");
 
+// The largest table a "memory" figure may ask for: 64 GiB.
+inline constexpr std::int64_t MAX_TABLE_MIB = 1 << 16;
+
 class clsEngineShare {
  public:
   clsEngineShare() = default;
@@ -34,7 +37,10 @@ class clsEngineShare {
  private:
   u64 entryCount_ = 0;
   u64 requestedBytes_ = 0;
-  std::unique_ptr<TTEntry[]> table_;
+  struct FreeTable {
+    void operator()(TTEntry* table) const;
+  };
+  std::unique_ptr<TTEntry[], FreeTable> table_;
 };
 
 }  // namespace kbuChess

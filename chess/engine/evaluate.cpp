@@ -116,11 +116,11 @@ i32 clsEngine::loneKingTerm() const {
   const u64 loneKing = p.them();
   const u64 ownKing = p.us() & p.kings();
   const u64 corners = (p.us() & p.bishops() & BISHOP_CORNER_SQUARES) ? CORNERS_H1_A8 : CORNERS_A1_H8;
-  i32 value = weight;
+  std::int64_t value = weight;
   if (loneKing & LONE_KING_EDGE) value += weight;
   if (tables.kingAttacks[kingSquare(loneKing)] & ownKing) value += weight;
-  if (loneKing & corners) value += 4 * weight;
-  return value;
+  if (loneKing & corners) value += 4 * static_cast<std::int64_t>(weight);
+  return static_cast<i32>(value);
 }
 
 i32 clsEngine::evaluate() {
@@ -139,7 +139,7 @@ i32 clsEngine::evaluate() {
 
   // 16: king area, own pieces beside the own king minus the opponent's.
   const u64 area = tables.kingAttacks[kingSquare(ownKing)];
-  i32 sum = w[15] * (count(area & us) - count(area & them));
+  std::int64_t sum = std::int64_t{w[15]} * (count(area & us) - count(area & them));
   // 1: centre squares held by pieces other than queens.
   const u64 centre = CENTRE & ~p.queens();
   sum += w[0] * (count(centre & us) - count(centre & them));
@@ -181,9 +181,9 @@ i32 clsEngine::evaluate() {
   if (ownQueens && (oppKing & KING_CENTRE)) ++zone;
   sum += w[20] * zone;
   // 17: trade pieces when ahead, keep them when behind.
-  const i32 trade = w[16] * (p.pawnCount[p.side] - 2 * p.pieceCount[p.side]);
+  const std::int64_t trade = std::int64_t{w[16]} * (p.pawnCount[p.side] - 2 * p.pieceCount[p.side]);
   sum += (p.score + sum <= 0) ? -trade : trade;
-  return sum;
+  return static_cast<i32>(sum);
 }
 
 }  // namespace kbuChess

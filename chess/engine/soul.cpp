@@ -1,8 +1,9 @@
 #include "chess/engine/soul.h"
 
-#include <cstdlib>
+#include <string_view>
 
 #include "base/random.h"
+#include "base/text.h"
 
 namespace kbuChess {
 
@@ -26,7 +27,8 @@ Soul parseSoul(const std::string& text) {
   for (int i = 0; i < SOUL_SIZE && at <= rest.size(); ++i) {
     std::size_t space = rest.find(' ', at);
     if (space == std::string::npos) space = rest.size();
-    soul.values[i] = std::atoi(rest.substr(at, space - at).c_str());
+    const std::string_view field = std::string_view(rest).substr(at, space - at);
+    soul.values[i] = static_cast<i32>(kobubase::readClamped(field, -SOUL_WEIGHT_LIMIT, SOUL_WEIGHT_LIMIT));
     at = space + 1;
   }
   return soul;

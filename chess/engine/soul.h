@@ -17,11 +17,17 @@ struct Soul {
   SoulValues values{};
 };
 
+// Weights read from a soul text are held within +-SOUL_WEIGHT_LIMIT: a thousand
+// times the largest preset weight, and small enough that no evaluation sum
+// can leave the score range.
+inline constexpr i32 SOUL_WEIGHT_LIMIT = 100000;
+
 // The six presets in table order; the default soul is "Simple5".
 extern const char* const SOUL_PRESETS[6];
 inline constexpr const char* DEFAULT_SOUL = "Simple5";
 
-// Parses "NAME=v1 v2 ..." : fields split at single spaces, missing ones 0.
+// Parses "NAME=v1 v2 ..." : fields split at single spaces, missing ones 0,
+// each held within +-SOUL_WEIGHT_LIMIT.
 Soul parseSoul(const std::string& text);
 // The 21 values, each followed by a tab.
 std::string soulValuesText(const SoulValues& values);

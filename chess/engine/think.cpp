@@ -1,9 +1,8 @@
 // The engine thread's thinking procedure: book probe, iterative deepening in
 // steps of two plies with its early decisions, and the random-choice modes.
 #include <algorithm>
-#include <cstdlib>
-
 #include "base/random.h"
+#include "base/text.h"
 #include "chess/engine/engine.h"
 
 namespace kbuChess {
@@ -103,6 +102,11 @@ void clsEngine::deepen(int startDepth, int limit) {
   }
 }
 
+int clsEngine::acceptPercent(const kobubase::clsOptions& options) {
+  const std::string& value = options.get("-proportional");
+  return value.empty() ? DEFAULT_ACCEPT_PERCENT : static_cast<int>(kobubase::readClamped(value, 0, 100));
+}
+
 void clsEngine::chooseRandomMove(bool proportional) {
   PlyFrame& root = *rootFrame();
   const int count = root.moveCount;
@@ -118,8 +122,7 @@ void clsEngine::chooseRandomMove(bool proportional) {
     return;
   }
   orderRootForChoice();
-  const std::string& value = commandOptions_.get("-proportional");
-  const u32 accept = value.empty() ? DEFAULT_ACCEPT_PERCENT : static_cast<u32>(std::atoi(value.c_str()));
+  const u32 accept = static_cast<u32>(acceptPercent(commandOptions_));
   for (const Move* m = root.first; m < root.first + count; ++m) {
     if (kobubase::randomAbs32() % 100 <= accept && m->searchScore > -1000) {
       setBestMove(*m);

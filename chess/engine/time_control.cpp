@@ -4,15 +4,18 @@
 
 namespace kbuChess {
 
-using kobubase::readInteger;
+using kobubase::clampTo;
+using kobubase::readClamped;
 using kobubase::wordAt;
 
 namespace {
 
+constexpr std::int64_t MAX_CLOCK_SECONDS = MAX_CLOCK_MS / 1000;
+
 // Seconds with an optional fraction ("2", "0.5") in milliseconds.
 std::int64_t secondsToMs(std::string_view text) {
   const bool negative = !text.empty() && text.front() == '-';
-  const std::int64_t whole = readInteger(text) * 1000;
+  const std::int64_t whole = readClamped(text, -MAX_CLOCK_SECONDS, MAX_CLOCK_SECONDS) * 1000;
   const std::size_t dot = text.find('.');
   if (dot == std::string_view::npos) return whole;
   std::int64_t fraction = 0;
@@ -26,15 +29,20 @@ std::int64_t secondsToMs(std::string_view text) {
 
 }  // namespace
 
+std::int64_t centisecondsToMs(std::string_view text) {
+  return readClamped(text, -MAX_CLOCK_MS / 10, MAX_CLOCK_MS / 10) * 10;
+}
+
 TimeControl parseLevel(std::string_view args) {
   TimeControl level;
-  level.movesPerPeriod = readInteger(wordAt(args, 0));
+  level.movesPerPeriod = readClamped(wordAt(args, 0), 0, MAX_MOVES_PER_PERIOD);
   const std::string_view base = wordAt(args, 1);
-  level.baseMs = readInteger(base) * 60000;
+  level.baseMs = readClamped(base, 0, MAX_CLOCK_MS / 60000) * 60000;
   if (const std::size_t colon = base.find(':'); colon != std::string_view::npos) {
-    level.baseMs += readInteger(base.substr(colon + 1)) * 1000;
+    level.baseMs += readClamped(base.substr(colon + 1), 0, MAX_CLOCK_SECONDS) * 1000;
   }
-  level.incrementMs = secondsToMs(wordAt(args, 2));
+  level.baseMs = clampTo(level.baseMs, 0, MAX_CLOCK_MS);
+  level.incrementMs = clampTo(secondsToMs(wordAt(args, 2)), 0, MAX_CLOCK_MS);
   return level;
 }
 

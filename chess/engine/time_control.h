@@ -7,6 +7,14 @@
 
 namespace kbuChess {
 
+// Bounds on clock figures read from outside: a year on a clock, ten thousand
+// moves in a period. Anything beyond is a typing error, not a time control.
+inline constexpr std::int64_t MAX_CLOCK_MS = 365LL * 24 * 3600 * 1000;
+inline constexpr std::int64_t MAX_MOVES_PER_PERIOD = 10000;
+
+// A clock given in centiseconds ("time", "otim"), in ms within +-MAX_CLOCK_MS.
+std::int64_t centisecondsToMs(std::string_view text);
+
 // The level of play: moves per period (0: the whole game), base time and
 // increment in milliseconds.
 struct TimeControl {
@@ -16,7 +24,8 @@ struct TimeControl {
 };
 
 // "MPS BASE INC": BASE in minutes or minutes:seconds, INC in seconds (a
-// fraction such as 0.5 is honoured, since some interfaces send one).
+// fraction such as 0.5 is honoured, since some interfaces send one). Each
+// figure is held within 0 and its bound above.
 TimeControl parseLevel(std::string_view args);
 
 // The time one search may take: the remaining time, less a 50 ms safety

@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
 #include "base/thread.h"
@@ -12,7 +9,6 @@ namespace {
 
 using kobubase::clsMutex;
 using kobubase::clsThread;
-using kobubase::clsTimer;
 
 // Counts its runs and spins until asked to stop.
 class clsSpinner : public clsThread {
@@ -50,23 +46,6 @@ TEST(MutexTest, RelockFromSameThreadFailsAndForeignUnlockFails) {
   EXPECT_NE(foreignUnlock, 0);
   EXPECT_EQ(mutex.unlock(), 0);
   EXPECT_NE(mutex.unlock(), 0);
-}
-
-TEST(TimerTest, AppendsOneReportLinePerDestruction) {
-  const std::string path = testing::TempDir() + "timer_test.log";
-  std::remove(path.c_str());
-  { clsTimer silent("quiet"); }
-  { clsTimer timer("search", path); }
-  {
-    clsTimer timer("search", path);
-    timer.start();
-    timer.restart();  // zeroes the laps and ticks, then counts one lap again
-  }
-  // No stop was called, so the ticks stay 0 whatever the clock did.
-  std::stringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  EXPECT_EQ(text.str(), "search\t1\t0\t0\r\nsearch\t1\t0\t0\r\n");
-  std::remove(path.c_str());
 }
 
 }  // namespace

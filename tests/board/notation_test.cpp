@@ -77,14 +77,5 @@ TEST_F(NotationTest, CoordinateAndLongForms) {
   }
 }
 
-TEST_F(NotationTest, SquareText) {
-  EXPECT_EQ(sq("a1"), 0x80u);
-  EXPECT_EQ(sq("h8"), 0x0100000000000000u);
-  EXPECT_EQ(sq("h1"), 1u);
-  EXPECT_EQ(sq("i1"), 0u);
-  EXPECT_EQ(sq("a9"), 0u);
-  EXPECT_EQ(squareText(sq("e4")), "e4");
-}
-
 }  // namespace
 }  // namespace kbuChess::testing

@@ -80,7 +80,10 @@ TEST_F(BookFile, SaveLoadSaveGivesTheSameFileAndPrintsProgress) {
   out.lines();
   clsBook loaded;
   ASSERT_TRUE(loadBook(loaded, path, 0, out));
-  EXPECT_EQ(out.lines(), (std::vector<std::string>{"#     loading 3 positions\r# 0%\r# 33%\r# 66%\r# ok  "}));
+  const std::vector<std::string> lines = out.lines();
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(bookTest::parts(lines[0]), (std::vector<std::string>{"#     loading 3 positions", "# 0%", "# 33%", "# 66%", "# ok"}));
+  EXPECT_EQ(bookTest::onScreen(lines[0]), "# ok");
   const std::string again = folder.file("again.sbk");
   ASSERT_TRUE(saveBook(loaded, again, 0, out));
   EXPECT_EQ(bookTest::readBytes(again), bookTest::readBytes(path));
@@ -124,5 +127,5 @@ TEST_F(BookFile, CutAtEveryLengthKeepsTheWholeRecordsRead) {
     EXPECT_EQ(book.lookup(0x2222)->draws, whole >= 2 ? 8u : 7u) << length;
   }
   const std::vector<std::string> lines = out.lines();
-  EXPECT_EQ(lines[lines.size() - 2], "#     loading 3 positions\r# 0%\r# 33%\r# 66%\r# book " + path + " has no end mark");
+  EXPECT_EQ(bookTest::onScreen(lines[lines.size() - 2]), "# book " + path + " has no end mark");
 }

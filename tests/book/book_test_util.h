@@ -45,6 +45,42 @@ inline void writeBytes(const std::string& path, const Bytes& bytes) {
   writeText(path, std::string(bytes.begin(), bytes.end()));
 }
 
+// What a terminal shows of a line whose parts are separated by carriage
+// returns: each part is written over the start of the line. Trailing blanks
+// are dropped.
+inline std::string onScreen(const std::string& line) {
+  std::string screen;
+  std::size_t at = 0;
+  for (const char c : line) {
+    if (c == '\r') {
+      at = 0;
+      continue;
+    }
+    if (at < screen.size())
+      screen[at] = c;
+    else
+      screen += c;
+    ++at;
+  }
+  while (!screen.empty() && screen.back() == ' ') screen.pop_back();
+  return screen;
+}
+
+// The parts of a line between carriage returns, without trailing blanks.
+inline std::vector<std::string> parts(const std::string& line) {
+  std::vector<std::string> result(1);
+  for (const char c : line) {
+    if (c == '\r')
+      result.emplace_back();
+    else
+      result.back() += c;
+  }
+  for (std::string& part : result) {
+    while (!part.empty() && part.back() == ' ') part.pop_back();
+  }
+  return result;
+}
+
 // An output sink that keeps its lines and prints nothing.
 struct Quiet : kobubase::clsOutBuffer {
   Quiet() {

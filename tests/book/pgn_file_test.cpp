@@ -72,7 +72,10 @@ TEST_F(PgnFile, FileReadingReportsProgressAndMissingFiles) {
   bookTest::writeText(path, "1. e4 e5 1-0\n1. d4 d5 0-1\n");
   clsPGNFile reader(out, 20);
   EXPECT_TRUE(reader.readFile(path));
-  EXPECT_EQ(out.lines(), (std::vector<std::string>{"# game 1 - 46% done   \r# game 2 - 96% done   \r# pgn file loaded"}));
+  const std::vector<std::string> lines = out.lines();
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(bookTest::parts(lines[0]), (std::vector<std::string>{"# game 1 - 46% done", "# game 2 - 96% done", "# pgn file loaded"}));
+  EXPECT_EQ(bookTest::onScreen(lines[0]), "# pgn file loaded");
   EXPECT_FALSE(reader.readFile(folder.file("none.pgn")));
   EXPECT_EQ(out.lines(), (std::vector<std::string>{"# error 2: No such file or directory"}));
 }

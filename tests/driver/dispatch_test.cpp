@@ -207,6 +207,9 @@ TEST_F(DispatchTest, SoulsAndUsageLines) {
   EXPECT_EQ(reply("\\learn souls.txt 1 2 0 40"), learnUsage);
   EXPECT_EQ(reply("\\play 100"), Lines{"# \\play ms_per_move max_moves file.pgn [soulA soulB]"});
   EXPECT_EQ(reply("\\loadsoul"), Lines{"# loadsoul soul_text_or_file"});
+  EXPECT_EQ(reply("\\loadsoul /nonexistent/x.soul"),
+            (Lines{"# no preset or file named /nonexistent/x.soul; the soul in use is Filed",
+                   "# new soul: /nonexistent/x.soul"}));
 }
 
 TEST_F(DispatchTest, EpdTestScoresTheBestMoves) {

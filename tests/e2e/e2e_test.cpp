@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -154,6 +155,48 @@ TEST_F(E2eTest, BadInputGetsRepliesAndTheEngineKeepsWorking) {
   expectCleanEnd(false);
 }
 
+// The squares of a move in long form ("Nb1-c3", "e2xd3") as coordinates.
+std::string coordinates(const std::string& longForm) {
+  std::string squares;
+  for (const char c : longForm) {
+    if ((c >= 'a' && c <= 'h') || (c >= '1' && c <= '8')) squares += c;
+  }
+  return squares;
+}
+
+// A long count reports each root move once it has run a second, and "?" or
+// "quit" waiting in the input ends it.
+TEST_F(E2eTest, LongPerftReportsProgressAndEndsOnQuestionMarkOrQuit) {
+  engine_.send("perft 7");
+  const Lines lines = engine_.readUntil("# perft ", 60000);
+  ASSERT_TRUE(engine_.found()) << "no progress line";
+  const std::string& progress = lines.back();  // "# perft Nb1-c3 9755531 - 1 root moves, 9755531 nodes, 1890 ms"
+  std::smatch parts;
+  ASSERT_TRUE(std::regex_match(progress, parts, std::regex(R"(# perft (\S+) (\d+) - (\d+) root moves, (\d+) nodes, (\d+) ms)")))
+      << progress;
+  const std::string move = parts[1];
+  const unsigned long long count = std::stoull(parts[2]);
+  EXPECT_GE(std::stoull(parts[4]), count);
+  EXPECT_GE(std::stoull(parts[5]), 1000u);
+  kbuChess::clsBoard board;
+  board.readFEN(kbuChess::clsBoard::START_FEN);
+  ASSERT_TRUE(board.readCoordinateMove(coordinates(move))) << move;
+  EXPECT_EQ(board.perft(6, false), count) << move;
+
+  engine_.send("?");
+  engine_.readUntil("# perft stopped after ", 30000);
+  ASSERT_TRUE(engine_.found()) << "? did not end the count";
+  EXPECT_EQ(ask("ping 4"), "pong 4");
+  engine_.send("perft 7");
+  engine_.send("quit");
+  const Lines end = engine_.readUntil("# bye bye", 30000);
+  ASSERT_TRUE(engine_.found()) << "quit did not end the count";
+  ASSERT_GE(end.size(), 4u);
+  EXPECT_EQ(end[end.size() - 4].rfind("# perft stopped after ", 0), 0u) << end[end.size() - 4];
+  EXPECT_EQ(Lines(end.end() - 3, end.end()), (Lines{"# end", "# stop", "# bye bye"}));
+  EXPECT_EQ(engine_.waitExit(3000), 0);
+}
+
 // Command-line options: the table size, a soul loaded before the loop, the
 // log of received commands; and the tournament mode, which never reads input.
 TEST(E2eStartTest, OptionsFromTheCommandLine) {
@@ -178,6 +221,36 @@ TEST(E2eStartTest, OptionsFromTheCommandLine) {
   // runs itself go through the same dispatcher and log.
   EXPECT_EQ(text.str(), "\\loadsoul\tQuick=1 2 3\nping\t8\nquit\t\n");
   std::remove(log.c_str());
+}
+
+// "--help" and "--version" answer and leave at once, without the banner; a
+// word that is no name=value option gets one warning and the engine starts.
+TEST(E2eStartTest, HelpVersionAndUnknownArguments) {
+  for (const char* help : {"--help", "-h"}) {
+    EngineProcess engine(TALVENA_BIN, {"memory=1", help});
+    const Lines lines = engine.readUntil("  --version", 3000);
+    ASSERT_TRUE(engine.found()) << help;
+    EXPECT_EQ(lines.front(), "Usage: talvena [name=value ...]");
+    EXPECT_NE(std::find(lines.begin(), lines.end(),
+                        "  memory=MIB           transposition table size in MiB (0 to 65536; default none)"),
+              lines.end());
+    EXPECT_EQ(engine.readUntil("# ", 1000), (Lines{"", "At the prompt: xboard commands (new, go, usermove e2e4, perft 5, quit) and the",
+                                                   "backslash commands (\\ for the board, \\loadbook, \\buildbooks, ...)."}));
+    EXPECT_EQ(engine.waitExit(3000), 0);
+  }
+  EngineProcess version(TALVENA_BIN, {"--version"});
+  EXPECT_EQ(version.readLine(3000).value_or(""), "Talvena 3.0.23");
+  EXPECT_FALSE(version.readLine(500).has_value());
+  EXPECT_EQ(version.waitExit(3000), 0);
+
+  EngineProcess engine(TALVENA_BIN, {"frobnicate", "-random", "x=y", "-soul=Bogus"});
+  EXPECT_EQ(engine.readLine(5000).value_or(""), "# ignoring argument frobnicate: options are name=value, see --help");
+  EXPECT_EQ(engine.readLine(5000).value_or(""), "# TT 0 entries - 0 MiB");
+  EXPECT_EQ(engine.readLine(5000).value_or(""), "# no preset or file named Bogus; the soul in use is Simple5");
+  engine.send("quit");
+  engine.readUntil("# bye bye", 3000);
+  EXPECT_TRUE(engine.found());
+  EXPECT_EQ(engine.waitExit(3000), 0);
 }
 
 TEST(E2eStartTest, TourneyModeRunsWithoutTheLoop) {

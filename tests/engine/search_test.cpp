@@ -140,6 +140,13 @@ TEST(Search, RandomModePlaysALegalMoveAfterTwoPlies) {
   proportional->readFEN("6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - 0 1");
   proportional->think();
   EXPECT_EQ(text(proportional->bestMove()), "d1d8");
+
+  // The acceptance percentage: 60 without a value, else held within 0 and 100
+  // (a negative one would otherwise accept every move).
+  for (auto [value, percent] : {std::pair{"", 60}, {"-5", 0}, {"35", 35}, {"250", 100}, {"99999999999999999999", 100}}) {
+    options.set("-proportional", value);
+    EXPECT_EQ(clsEngine::acceptPercent(options), percent) << value;
+  }
 }
 
 // A search cut off in the middle of an iteration leaves the root list in the

@@ -28,8 +28,9 @@ TEST(Soul, ParsesFieldsAtSingleSpaces) {
   soul = parseSoul("no equals 5");
   EXPECT_EQ(soul.name, "no equals 5");
   EXPECT_EQ(soul.values, SoulValues{});
-  // Signs, junk after digits, no range check, extra fields ignored.
-  EXPECT_EQ(parseSoul("Y=-5 +7 12abc x 99999999").values, values({-5, 7, 12, 0, 99999999}));
+  // Signs, junk after digits, weights held within +-100000, extra fields ignored.
+  EXPECT_EQ(parseSoul("Y=-5 +7 12abc x 99999999 -2000000000 99999999999999999999 100000").values,
+            values({-5, 7, 12, 0, 100000, -100000, 100000, 100000}));
   EXPECT_EQ(parseSoul("Z=1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22").values[20], 21);
 }
 

@@ -21,6 +21,7 @@ TEST(TimeControlTest, LevelReadsMinutesSecondsAndIncrement) {
   EXPECT_EQ(fields("0 2:05 0.5"), (std::vector<std::int64_t>{0, 125000, 500}));
   EXPECT_EQ(fields("x y z"), (std::vector<std::int64_t>{0, 0, 0}));
   EXPECT_EQ(fields(""), (std::vector<std::int64_t>{0, 0, 0}));
+  EXPECT_EQ(fields("-40 99999999999999999999:5 -3"), (std::vector<std::int64_t>{0, MAX_CLOCK_MS, 0}));
 }
 
 TEST(TimeControlTest, BudgetKeepsMarginAndSharesTheRest) {
@@ -38,7 +39,9 @@ TEST(TimeControlTest, NumbersReadLikeTheCLibrary) {
   for (auto [text, value] : {std::pair{"  42abc", 42}, {"-17", -17}, {"+5", 5}, {"abc", 0}, {"", 0}}) {
     EXPECT_EQ(readInteger(text), value) << text;
   }
-  EXPECT_GT(readInteger("99999999999999999999999"), 0);  // saturates, never wraps
+  EXPECT_EQ(readInteger("99999999999999999999999"), 9223372036854775807);  // saturates, never wraps
+  EXPECT_EQ(readInteger("-9223372036854775808"), -9223372036854775807);
+  EXPECT_EQ(readInteger("9223372036854775807"), 9223372036854775807);
   EXPECT_EQ(wordAt("  level  40 5", 1), "40");
   EXPECT_EQ(wordAt("a b", 2), "");
 }

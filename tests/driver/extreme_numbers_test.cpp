@@ -1,0 +1,121 @@
+// Numbers from outside at their extremes: every figure the dispatcher reads is
+// held within its bound, and a long run of random commands with such numbers
+// leaves the driver working. CI runs this under UndefinedBehaviorSanitizer,
+// which stops the program at the first overflow.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "chess/board/tables.h"
+#include "chess/driver/talvena.h"
+
+namespace {
+
+using namespace kbuChess;
+using Lines = std::vector<std::string>;
+
+class ExtremeNumbersTest : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { initTables(); }
+  ExtremeNumbersTest() {
+    const char* args[] = {"talvena"};
+    driver_ = std::make_unique<clsTalvena>(kobubase::clsOptions(1, args));
+    driver_->setEcho(false);
+    driver_->setKeep(true);
+    driver_->engine().output().setEcho(false);
+  }
+  Lines reply(const std::string& line) {
+    driver_->execute(line);
+    return driver_->takeAll();
+  }
+  const ProtocolState& state() { return driver_->state(); }
+  std::unique_ptr<clsTalvena> driver_;
+};
+
+const std::string HUGE = "99999999999999999999";
+
+TEST_F(ExtremeNumbersTest, ClocksAndLevelsAreHeldWithinAYear) {
+  constexpr std::int64_t YEAR_MS = 31536000000;
+  reply("time " + HUGE);
+  reply("otim -" + HUGE);
+  EXPECT_EQ(state().engineTimeMs, YEAR_MS);
+  EXPECT_EQ(state().opponentTimeMs, -YEAR_MS);
+  reply("level 40 999999999999999 0");
+  EXPECT_EQ(state().level.movesPerPeriod, 40);
+  EXPECT_EQ(state().level.baseMs, YEAR_MS);
+  reply("level " + HUGE + " 5:" + HUGE + " " + HUGE + ".5");
+  EXPECT_EQ(state().level.movesPerPeriod, 10000);
+  EXPECT_EQ(state().level.baseMs, YEAR_MS);
+  EXPECT_EQ(state().level.incrementMs, YEAR_MS);
+  reply("level -3 -5 -2.5");
+  EXPECT_EQ(state().level.movesPerPeriod, 0);
+  EXPECT_EQ(state().level.baseMs, 0);
+  EXPECT_EQ(state().level.incrementMs, 0);
+  reply("level 0 0:30 0.25");
+  EXPECT_EQ(state().level.baseMs, 30000);
+  EXPECT_EQ(state().level.incrementMs, 250);
+  EXPECT_EQ(reply("\\epd " + HUGE + " /nonexistent/x.epd").front(),
+            "# time 31536000000 ms - file /nonexistent/x.epd");
+}
+
+TEST_F(ExtremeNumbersTest, OptionsDepthsAndSoulWeightsAreHeldWithinTheirBounds) {
+  const kobubase::clsOptions& options = driver_->engine().runtimeOptions();
+  for (auto [command, memory] : {std::pair{"memory " + HUGE, "65536"}, {"memory -7", "0"}, {"memory 48", "48"}}) {
+    reply(command);
+    EXPECT_EQ(options.get("memory"), memory) << command;
+  }
+  for (auto [command, cores] : {std::pair{"cores " + HUGE, "1024"}, {"cores 0", "1"}, {"cores 2", "2"}}) {
+    reply(command);
+    EXPECT_EQ(options.get("cores"), cores) << command;
+  }
+  EXPECT_EQ(reply("perft -" + HUGE).front().rfind("Nodes: 0, Time: ", 0), 0u);
+  EXPECT_EQ(reply("perft " + HUGE), Lines{"# perft depth 9223372036854775807 is too deep, at most 20"});
+  reply("\\dbg " + HUGE);
+  EXPECT_EQ(driver_->engine().debugSetting, 100);
+  reply("force");
+  reply("\\soul Wild=2000000000 -2000000000 " + HUGE + " -" + HUGE + " 7");
+  const SoulValues& w = driver_->engine().soulValues();
+  EXPECT_EQ((std::vector<i32>(w.begin(), w.begin() + 6)), (std::vector<i32>{100000, -100000, 100000, -100000, 7, 0}));
+}
+
+TEST_F(ExtremeNumbersTest, BookLimitsBeyondThirtyTwoBitsAreHeldNotRefused) {
+  const std::string folder = testing::TempDir() + "extreme_books";
+  std::filesystem::create_directories(folder);
+  const std::string book = folder + "/a.sbk";
+  EXPECT_EQ(reply("\\savebook " + book + " " + HUGE), Lines{"# wait...\r# book " + book + " saved"});
+  EXPECT_EQ(reply("\\loadbook " + book + " -" + HUGE).back(), "# book " + book + " loaded with 0 positions");
+  std::filesystem::remove_all(folder);
+}
+
+// Random commands with extreme numbers, a search started now and then, and
+// the loop's engine step between them; afterwards the driver still answers.
+TEST_F(ExtremeNumbersTest, RandomCommandsWithExtremeNumbersLeaveTheDriverWorking) {
+  const std::vector<std::string> numbers = {"0", "1", "2", "-1", "40", "128", "500", "2147483647", "-2147483648",
+                                            "2147483648", "9223372036854775807", "-9223372036854775808", HUGE,
+                                            "-" + HUGE, "1e9", "abc", "", "0:" + HUGE, "5:-" + HUGE, HUGE + ".999"};
+  const std::string book = testing::TempDir() + "extreme_fuzz.sbk";
+  const std::vector<std::string> templates = {
+      "time #",      "otim #",         "level # # #",   "sd #",           "perft #",   "divide #",
+      "memory #",    "cores #",        "option memory=#", "\\epd # /nonexistent/x.epd", "go", "force", "new",
+      "\\soul F=# # # # # # # # # # # # # # # # # # # # #", "\\loadsoul G=# # # #", "\\savebook " + book + " #",
+      "\\loadbook " + book + " #", "\\learn f # # # #", "\\play # # x.pgn", "usermove e2e4", "undo", "ping #"};
+  std::mt19937 random(20261123);
+  auto pick = [&](const std::vector<std::string>& from) { return from[random() % from.size()]; };
+  for (int i = 0; i < 400; ++i) {
+    std::string command = pick(templates);
+    for (std::size_t at; (at = command.find('#')) != std::string::npos;) command.replace(at, 1, pick(numbers));
+    driver_->execute(command);
+    driver_->serviceEngine();
+    driver_->takeAll();
+    EXPECT_LE(std::abs(state().level.baseMs), 31536000000) << command;
+  }
+  std::remove(book.c_str());
+  reply("new");
+  EXPECT_EQ(reply("ping 5"), Lines{"pong 5"});
+  EXPECT_EQ(reply("perft 2").front().rfind("Nodes: 400, ", 0), 0u);
+}
+
+}  // namespace

@@ -45,8 +45,8 @@ int main(int argc, char** argv) {
   records.reserve(static_cast<std::size_t>(rows));
   for (long i = 0; i < rows; ++i) {
     const u64 key = (u64{kobubase::randomAbs32()} << 33) ^ (u64{kobubase::randomAbs32()} << 2) ^ static_cast<u64>(i);
-    records.push_back(BookRecord{key, kobubase::randomAbs32() % 50, kobubase::randomAbs32() % 50,
-                                 kobubase::randomAbs32() % 50});
+    records.push_back(
+        BookRecord{key, kobubase::randomAbs32() % 50, kobubase::randomAbs32() % 50, kobubase::randomAbs32() % 50});
   }
   book.addMany(records);
   clsEngine engine;

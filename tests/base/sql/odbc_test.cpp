@@ -1,6 +1,8 @@
 // The ODBC connector against Debian's SQLite ODBC driver: a database file
 // written here is attached by connection string and by a data source name
 // from an odbc.ini of the test's own, then joined with a local table.
+#include "base/sql/odbc.h"
+
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <stdlib.h>
@@ -9,8 +11,6 @@
 #include <fstream>
 #include <string>
 #include <vector>
-
-#include "base/sql/odbc.h"
 
 namespace {
 
@@ -59,14 +59,16 @@ TEST_F(OdbcTest, ConnectionStringCopiesEveryTableForJoins) {
                    "fairymax  1900   1.25   NULL", "(2 rows)"}));
   EXPECT_EQ(tableLines(db_.query("SELECT typeof(elo), typeof(speed) FROM ext_players LIMIT 1")),
             (Lines{"typeof(elo)  typeof(speed)", "-----------  -------------", "integer      real", "(1 row)"}));
-  EXPECT_EQ(tableLines(db_.query("SELECT text FROM ext_notes")), (Lines{"text", "-----------", "it's a note", "(1 row)"}));
+  EXPECT_EQ(tableLines(db_.query("SELECT text FROM ext_notes")),
+            (Lines{"text", "-----------", "it's a note", "(1 row)"}));
 }
 
 TEST_F(OdbcTest, DataSourceNameFromTheIniFileAndAttachingAgainRefreshes) {
   Lines messages;
   ASSERT_TRUE(kobubase::attachOdbc(db_, "talvena_test", "dsn", messages)) << messages[0];
   ASSERT_TRUE(kobubase::attachOdbc(db_, "talvena_test", "dsn", messages));
-  EXPECT_EQ(tableLines(db_.query("SELECT count(*) FROM dsn_players")), (Lines{"count(*)", "--------", "       2", "(1 row)"}));
+  EXPECT_EQ(tableLines(db_.query("SELECT count(*) FROM dsn_players")),
+            (Lines{"count(*)", "--------", "       2", "(1 row)"}));
 }
 
 TEST_F(OdbcTest, MissingSourcesAndBadNamesAreOneClearLine) {

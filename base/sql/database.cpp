@@ -30,7 +30,8 @@ bool bindCell(sqlite3_stmt* statement, int i, const SqlCell& cell) {
   if (const auto* n = std::get_if<std::int64_t>(&cell)) return sqlite3_bind_int64(statement, i, *n) == SQLITE_OK;
   if (const auto* d = std::get_if<double>(&cell)) return sqlite3_bind_double(statement, i, *d) == SQLITE_OK;
   if (const auto* s = std::get_if<std::string>(&cell)) {
-    return sqlite3_bind_text(statement, i, s->data(), static_cast<int>(s->size()), SQLITE_TRANSIENT) == SQLITE_OK;
+    // The row outlives the statement's step, so SQLite need not copy the text.
+    return sqlite3_bind_text(statement, i, s->data(), static_cast<int>(s->size()), SQLITE_STATIC) == SQLITE_OK;
   }
   return sqlite3_bind_null(statement, i) == SQLITE_OK;
 }

@@ -90,7 +90,7 @@ void clsConsole::refreshTables(const std::string& sql, std::vector<std::string>&
 
 bool clsConsole::fillSouls(std::string& error) {
   std::vector<SqlColumn> columns{{"name", "TEXT"}, {"kind", "TEXT"}};
-  for (int i = 1; i <= SOUL_SIZE; ++i) columns.push_back({"v" + std::to_string(i), "INTEGER"});
+  for (int i = 1; i <= SOUL_SIZE; ++i) columns.push_back({std::to_string(i).insert(0, 1, 'v'), "INTEGER"});
   std::vector<SqlRow> rows;
   for (const char* preset : SOUL_PRESETS) rows.push_back(soulRow(parseSoul(preset), "preset"));
   rows.push_back(soulRow(Soul{engine_.soulName(), engine_.soulValues()}, "current"));

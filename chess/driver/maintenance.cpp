@@ -121,8 +121,8 @@ int clsTalvena::cmdBuildBooks(const std::string& rest) { return commandBuildBook
 
 int clsTalvena::cmdCvBooks(const std::string& rest) { return commandCvBooks(rest, *this); }
 
-// Soul learning is not part of this build; the
-// commands keep their names and usage lines so that scripts get a clear answer.
+// Soul learning is not part of this build; the commands keep their names and
+// usage lines so that scripts get a clear answer.
 int clsTalvena::cmdLearn(const std::string& rest) {
   if (wordAt(rest, 0).empty() || !positiveNumbers(rest, 1, 4)) {
     print("# learn file generations engines_count ms_per_move max_moves");

@@ -30,8 +30,7 @@ bool bindCell(sqlite3_stmt* statement, int i, const SqlCell& cell) {
   if (const auto* n = std::get_if<std::int64_t>(&cell)) return sqlite3_bind_int64(statement, i, *n) == SQLITE_OK;
   if (const auto* d = std::get_if<double>(&cell)) return sqlite3_bind_double(statement, i, *d) == SQLITE_OK;
   if (const auto* s = std::get_if<std::string>(&cell)) {
-    // The row outlives the statement's step, so SQLite need not copy the text.
-    return sqlite3_bind_text(statement, i, s->data(), static_cast<int>(s->size()), SQLITE_STATIC) == SQLITE_OK;
+    return sqlite3_bind_text(statement, i, s->data(), static_cast<int>(s->size()), SQLITE_TRANSIENT) == SQLITE_OK;
   }
   return sqlite3_bind_null(statement, i) == SQLITE_OK;
 }
@@ -153,9 +152,10 @@ bool clsDatabase::fillTable(const std::string& name, const std::vector<SqlColumn
   sqlite3_stmt* statement = nullptr;
   bool good = sqlite3_prepare_v2(db_, insert.c_str(), -1, &statement, nullptr) == SQLITE_OK;
   SqlRow row;
+  const SqlCell null{nullptr};
   while (good && nextRow(row)) {
     for (std::size_t i = 0; good && i < columns.size(); ++i) {
-      good = bindCell(statement, static_cast<int>(i) + 1, i < row.size() ? row[i] : SqlCell{nullptr});
+      good = bindCell(statement, static_cast<int>(i) + 1, i < row.size() ? row[i] : null);  // no copy of the cell
     }
     good = good && sqlite3_step(statement) == SQLITE_DONE;
     sqlite3_reset(statement);

@@ -75,6 +75,11 @@ std::uint64_t bookDigest(const clsBook& book) {
   return digest | 1;  // never 0, which stands for "not filled"
 }
 
+// "1 game", "3 games".
+std::string countText(std::size_t count, const char* noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 }  // namespace
 
 void clsConsole::refreshTables(const std::string& sql, std::vector<std::string>& problems) {
@@ -176,8 +181,8 @@ std::vector<std::string> clsConsole::loadResults(const std::string& path) {
     loadedResults_.push_back(path);
   }
   std::vector<std::string> lines{
-      "results: " + path + " added to games with " + std::to_string(games.size()) + " games" +
-      (problems.empty() ? "" : ", " + std::to_string(problems.size()) + " bad lines skipped")};
+      "results: " + path + " added to games with " + countText(games.size(), "game") +
+      (problems.empty() ? "" : ", " + countText(problems.size(), "bad line") + " skipped")};
   for (const std::string& problem : problems) lines.push_back("results: " + path + ": " + problem);
   return lines;
 }

@@ -135,7 +135,7 @@ TEST_F(ConsoleTest, GamesAndStandingsFromResultsFiles) {
   std::fputs("broken line\n", file);
   std::fclose(file);
   EXPECT_EQ(console_.loadResults(earlier),
-            (Lines{"results: " + earlier + " added to games with 1 games, 1 bad lines skipped",
+            (Lines{"results: " + earlier + " added to games with 1 game, 1 bad line skipped",
                    "results: " + earlier + ": line 3: expected 8 tab-separated fields, found 1"}));
   EXPECT_EQ(console_.loadResults(folder_ + "/none.tsv"),
             (Lines{"results: cannot load " + folder_ + "/none.tsv", folder_ + "/none.tsv: No such file or directory"}));

@@ -66,14 +66,14 @@ std::string squareNames(U mask) {
 }
 
 std::string mapCase(std::string s, int (*convert)(int)) {
-  std::transform(s.begin(), s.end(), s.begin(), [convert](char c) { return static_cast<char>(convert(static_cast<unsigned char>(c))); });
+  std::transform(s.begin(), s.end(), s.begin(),
+                 [convert](char c) { return static_cast<char>(convert(static_cast<unsigned char>(c))); });
   return s;
 }
 
 void addBitFunctions(clsInterpreter& in) {
-  in.addFunction("popcount", 1, 1, "popcount(mask)", [](const clsArgs& a) {
-    return Value::integer(static_cast<U>(std::popcount(a.integer(0))));
-  });
+  in.addFunction("popcount", 1, 1, "popcount(mask)",
+                 [](const clsArgs& a) { return Value::integer(static_cast<U>(std::popcount(a.integer(0)))); });
   in.addFunction("lsb", 1, 1, "lsb(mask)", [](const clsArgs& a) {
     if (a.integer(0) == 0) a.fail(0, "an empty mask has no lowest bit");
     return Value::integer(static_cast<U>(std::countr_zero(a.integer(0))));
@@ -83,20 +83,22 @@ void addBitFunctions(clsInterpreter& in) {
     return Value::integer(static_cast<U>(63 - std::countl_zero(a.integer(0))));
   });
   in.addFunction("bit", 1, 1, "bit(n)", [](const clsArgs& a) { return Value::integer(U{1} << a.below(0, 64)); });
-  in.addFunction("file", 1, 1, "file(0..7|'a'..'h')", [](const clsArgs& a) {
-    return Value::integer(FILE_A >> fileIndex(a));
-  });
-  in.addFunction("rank", 1, 1, "rank(0..7|'1'..'8')", [](const clsArgs& a) {
-    return Value::integer(U{0xFF} << (8 * rankIndex(a)));
-  });
-  in.addFunction("flip", 1, 1, "flip(mask)", [](const clsArgs& a) { return Value::integer(__builtin_bswap64(a.integer(0))); });
-  in.addFunction("mirror", 1, 1, "mirror(mask)", [](const clsArgs& a) { return Value::integer(mirrorMask(a.integer(0))); });
+  in.addFunction("file", 1, 1, "file(0..7|'a'..'h')",
+                 [](const clsArgs& a) { return Value::integer(FILE_A >> fileIndex(a)); });
+  in.addFunction("rank", 1, 1, "rank(0..7|'1'..'8')",
+                 [](const clsArgs& a) { return Value::integer(U{0xFF} << (8 * rankIndex(a))); });
+  in.addFunction("flip", 1, 1, "flip(mask)",
+                 [](const clsArgs& a) { return Value::integer(__builtin_bswap64(a.integer(0))); });
+  in.addFunction("mirror", 1, 1, "mirror(mask)",
+                 [](const clsArgs& a) { return Value::integer(mirrorMask(a.integer(0))); });
   for (const Shift& shift : SHIFTS) {
     in.addFunction(shift.name, 1, 1, std::string(shift.name) + "(mask)",
                    [step = shift.step](const clsArgs& a) { return Value::integer(step(a.integer(0))); });
   }
-  in.addFunction("squares", 1, 1, "squares(mask)", [](const clsArgs& a) { return Value::string(squareNames(a.integer(0))); });
-  in.addFunction("board", 1, 1, "board(mask)", [](const clsArgs& a) { return Value::string(maskDiagram(a.integer(0))); });
+  in.addFunction("squares", 1, 1, "squares(mask)",
+                 [](const clsArgs& a) { return Value::string(squareNames(a.integer(0))); });
+  in.addFunction("board", 1, 1, "board(mask)",
+                 [](const clsArgs& a) { return Value::string(maskDiagram(a.integer(0))); });
 }
 
 void addStringFunctions(clsInterpreter& in) {
@@ -110,8 +112,10 @@ void addStringFunctions(clsInterpreter& in) {
     }
     return Value::string(text);
   });
-  in.addFunction("upper", 1, 1, "upper(s)", [](const clsArgs& a) { return Value::string(mapCase(a.string(0), ::toupper)); });
-  in.addFunction("lower", 1, 1, "lower(s)", [](const clsArgs& a) { return Value::string(mapCase(a.string(0), ::tolower)); });
+  in.addFunction("upper", 1, 1, "upper(s)",
+                 [](const clsArgs& a) { return Value::string(mapCase(a.string(0), ::toupper)); });
+  in.addFunction("lower", 1, 1, "lower(s)",
+                 [](const clsArgs& a) { return Value::string(mapCase(a.string(0), ::tolower)); });
   in.addFunction("substr", 2, 3, "substr(s, start[, count])", [](const clsArgs& a) {
     const std::string& s = a.string(0);
     const U start = std::min<U>(a.integer(1), s.size());
@@ -119,7 +123,8 @@ void addStringFunctions(clsInterpreter& in) {
     return Value::string(s.substr(start, std::min<U>(count, s.size() - start)));
   });
   in.addFunction("hex", 1, 1, "hex(n)", [](const clsArgs& a) { return Value::string("0x" + hexDigits(a.integer(0))); });
-  in.addFunction("bin", 1, 1, "bin(n)", [](const clsArgs& a) { return Value::string("0b" + binaryDigits(a.integer(0))); });
+  in.addFunction("bin", 1, 1, "bin(n)",
+                 [](const clsArgs& a) { return Value::string("0b" + binaryDigits(a.integer(0))); });
   in.addFunction("str", 1, 1, "str(n)", [](const clsArgs& a) { return Value::string(std::to_string(a.integer(0))); });
 }
 

@@ -40,13 +40,19 @@ bool truthOf(const Value& value, std::size_t column, const char* what) {
 }
 
 // Shifts by 64 or more give 0, as if the bits were pushed out one at a time.
-std::uint64_t shiftLeft(std::uint64_t a, std::uint64_t b) { return b >= 64 ? 0 : a << b; }
-std::uint64_t shiftRight(std::uint64_t a, std::uint64_t b) { return b >= 64 ? 0 : a >> b; }
+std::uint64_t shiftLeft(std::uint64_t a, std::uint64_t b) {
+  return b >= 64 ? 0 : a << b;
+}
+std::uint64_t shiftRight(std::uint64_t a, std::uint64_t b) {
+  return b >= 64 ? 0 : a >> b;
+}
 
 Value compareValues(const Value& a, const Value& b, const std::string& op, std::size_t column) {
   int order;
   if (a.kind == Value::STRING || b.kind == Value::STRING) {
-    if (a.kind != b.kind) failAt(column, "'" + op + "' cannot compare a string with " + kindName(a.kind == Value::STRING ? b.kind : a.kind));
+    if (a.kind != b.kind)
+      failAt(column,
+             "'" + op + "' cannot compare a string with " + kindName(a.kind == Value::STRING ? b.kind : a.kind));
     order = a.text.compare(b.text);
   } else {
     const std::uint64_t x = integerOf(a, column, "comparison"), y = integerOf(b, column, "comparison");
@@ -209,7 +215,8 @@ Value clsInterpreter::evaluateName(const Node& node) {
   if (named != named_.end()) return named->second.getter();
   const auto variable = variables_.find(node.text);
   if (variable != variables_.end()) return variable->second;
-  if (functions_.count(node.text)) failAt(node.column, "'" + node.text + "' is a function: write " + node.text + "(...)");
+  if (functions_.count(node.text))
+    failAt(node.column, "'" + node.text + "' is a function: write " + node.text + "(...)");
   failAt(node.column, "unknown name '" + node.text + "'");
 }
 

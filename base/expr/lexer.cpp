@@ -8,8 +8,12 @@ namespace kobubase {
 
 namespace {
 
-bool isNameStart(char c) { return std::isalpha(static_cast<unsigned char>(c)) || c == '_'; }
-bool isNameChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
+bool isNameStart(char c) {
+  return std::isalpha(static_cast<unsigned char>(c)) || c == '_';
+}
+bool isNameChar(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
+}
 
 int digitValue(char c) {
   if (c >= '0' && c <= '9') return c - '0';
@@ -77,8 +81,8 @@ Token nameToken(const std::string& line, std::size_t& at) {
 }
 
 // Two-character operators first, so that "<<" is not read as "<" "<".
-const char* const OPERATORS[] = {"<<", ">>", "<=", ">=", "==", "!=", "&&", "||", "+", "-", "*", "/", "%",
-                                 "&",  "|",  "^",  "~",  "!",  "<",  ">",  "(",  ")",  ",", "="};
+const char* const OPERATORS[] = {"<<", ">>", "<=", ">=", "==", "!=", "&&", "||", "+", "-", "*", "/",
+                                 "%",  "&",  "|",  "^",  "~",  "!",  "<",  ">",  "(", ")", ",", "="};
 
 Token operatorToken(const std::string& line, std::size_t& at) {
   for (const char* op : OPERATORS) {

@@ -14,8 +14,8 @@ namespace kobubase {
 struct Token {
   enum Kind : int { NUMBER, STRING, BOOLEAN, NAME, OPERATOR, END };
   Kind kind = END;
-  std::string text;  // the name, the operator or the string's contents
-  Value value;       // literals
+  std::string text;        // the name, the operator or the string's contents
+  Value value;             // literals
   std::size_t column = 0;  // 1-based
 };
 

@@ -8,8 +8,8 @@ namespace {
 
 // Binary operators by level, loosest first.
 const std::vector<std::vector<std::string>> LEVELS = {
-    {"||"}, {"&&"}, {"|"}, {"^"}, {"&"}, {"==", "!="}, {"<", "<=", ">", ">="}, {"<<", ">>"}, {"+", "-"},
-    {"*", "/", "%"}};
+    {"||"},       {"&&"},     {"|"},          {"^"}, {"&"}, {"==", "!="}, {"<", "<=", ">", ">="},
+    {"<<", ">>"}, {"+", "-"}, {"*", "/", "%"}};
 
 // The text in single quotes (built by appending, which keeps GCC 12's
 // overlap warning for operator+ on string literals quiet).
@@ -75,7 +75,8 @@ std::unique_ptr<Node> clsParser::binary(int level) {
 
 std::unique_ptr<Node> clsParser::unary() {
   const Token& token = peek();
-  if (token.kind == Token::OPERATOR && (token.text == "!" || token.text == "~" || token.text == "-" || token.text == "+")) {
+  if (token.kind == Token::OPERATOR &&
+      (token.text == "!" || token.text == "~" || token.text == "-" || token.text == "+")) {
     enter();
     ++at_;
     auto node = std::make_unique<Node>();

@@ -15,8 +15,8 @@ namespace kobubase {
 struct Node {
   enum Kind : int { LITERAL, NAME, CALL, UNARY, BINARY };
   Kind kind = LITERAL;
-  std::string text;  // name, function or operator
-  Value value;       // literal
+  std::string text;                             // name, function or operator
+  Value value;                                  // literal
   std::vector<std::unique_ptr<Node>> children;  // operands or arguments
   std::vector<std::size_t> childColumns;        // where each argument begins
   std::size_t column = 0;

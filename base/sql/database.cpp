@@ -46,10 +46,36 @@ clsDatabase::clsDatabase() {
   if (sqlite3_open(":memory:", &db_) != SQLITE_OK) {
     sqlite3_close(db_);
     db_ = nullptr;
+    return;
   }
+  sqlite3_set_authorizer(db_, authorize, this);
 }
 
-clsDatabase::~clsDatabase() { sqlite3_close(db_); }
+// Refuses writes to the read-only tables: SQLite then fails the statement
+// with "not authorized".
+int clsDatabase::authorize(void* self, int action, const char* a, const char* b, const char*, const char*) {
+  const auto* db = static_cast<const clsDatabase*>(self);
+  if (db->filling_) return SQLITE_OK;
+  const char* table = nullptr;
+  switch (action) {
+    case SQLITE_INSERT:
+    case SQLITE_UPDATE:
+    case SQLITE_DELETE:
+    case SQLITE_DROP_TABLE:
+    case SQLITE_CREATE_INDEX: table = action == SQLITE_CREATE_INDEX ? b : a; break;
+    case SQLITE_ALTER_TABLE: table = b; break;
+    default: return SQLITE_OK;
+  }
+  if (!table) return SQLITE_OK;
+  for (const std::string& name : db->readOnly_) {
+    if (sqlite3_stricmp(name.c_str(), table) == 0) return SQLITE_DENY;
+  }
+  return SQLITE_OK;
+}
+
+clsDatabase::~clsDatabase() {
+  sqlite3_close(db_);
+}
 
 SqlResult clsDatabase::query(const std::string& sql) {
   SqlResult result;
@@ -109,17 +135,27 @@ bool clsDatabase::replaceTable(const std::string& name, const std::vector<SqlCol
     create += (i ? ", " : "") + quoteIdentifier(columns[i].name) + " " + columns[i].type;
     insert += i ? ", ?" : "?";
   }
-  if (!exec("BEGIN; DROP TABLE IF EXISTS " + quoteIdentifier(name) + "; " + create + ");", error)) {
+  filling_ = true;
+  const bool good = fillTable(name, columns, create + ")", insert + ")", nextRow, error);
+  filling_ = false;
+  return good;
+}
+
+bool clsDatabase::fillTable(const std::string& name, const std::vector<SqlColumn>& columns, const std::string& create,
+                            const std::string& insert, const std::function<bool(SqlRow&)>& nextRow,
+                            std::string& error) {
+  if (!exec("BEGIN; DROP TABLE IF EXISTS " + quoteIdentifier(name) + "; " + create + ";", error)) {
     std::string ignored;
     exec("ROLLBACK", ignored);
     return false;
   }
   sqlite3_stmt* statement = nullptr;
-  bool good = sqlite3_prepare_v2(db_, (insert + ")").c_str(), -1, &statement, nullptr) == SQLITE_OK;
+  bool good = sqlite3_prepare_v2(db_, insert.c_str(), -1, &statement, nullptr) == SQLITE_OK;
   SqlRow row;
+  const SqlCell null{nullptr};
   while (good && nextRow(row)) {
     for (std::size_t i = 0; good && i < columns.size(); ++i) {
-      good = bindCell(statement, static_cast<int>(i) + 1, i < row.size() ? row[i] : SqlCell{nullptr});
+      good = bindCell(statement, static_cast<int>(i) + 1, i < row.size() ? row[i] : null);  // no copy of the cell
     }
     good = good && sqlite3_step(statement) == SQLITE_DONE;
     sqlite3_reset(statement);

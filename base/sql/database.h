@@ -45,6 +45,9 @@ class clsDatabase {
   clsDatabase& operator=(const clsDatabase&) = delete;
 
   bool ok() const { return db_ != nullptr; }
+  // Tables that queries may read but not change, drop or alter (the
+  // owner's system tables); replaceTable still fills them.
+  void setReadOnlyTables(std::vector<std::string> names) { readOnly_ = std::move(names); }
   // How long one query may run before it is interrupted.
   void setQueryLimitMs(int ms) { queryLimitMs_ = ms; }
   // Runs every statement of the text; the result holds the rows of the last
@@ -62,8 +65,14 @@ class clsDatabase {
   sqlite3* handle() { return db_; }
 
  private:
+  bool fillTable(const std::string& name, const std::vector<SqlColumn>& columns, const std::string& create,
+                 const std::string& insert, const std::function<bool(SqlRow&)>& nextRow, std::string& error);
+  static int authorize(void* self, int action, const char* a, const char* b, const char*, const char*);
+
   sqlite3* db_ = nullptr;
   int queryLimitMs_ = QUERY_LIMIT_MS;
+  std::vector<std::string> readOnly_;
+  bool filling_ = false;  // replaceTable at work: the read-only rule does not apply
 };
 
 // "name" in double quotes with inner quotes doubled, safe as an SQL identifier.

@@ -144,7 +144,8 @@ SqlCell readCell(SQLHSTMT statement, SQLUSMALLINT column, const std::string& typ
   return text;
 }
 
-bool copyTable(clsDatabase& db, SQLHDBC dbc, const std::string& table, const std::string& target, std::string& message) {
+bool copyTable(clsDatabase& db, SQLHDBC dbc, const std::string& table, const std::string& target,
+               std::string& message) {
   OdbcStatement statement(dbc);
   std::string select = "SELECT * FROM " + quoteIdentifier(table);
   if (!SQL_SUCCEEDED(SQLExecDirect(statement.handle, reinterpret_cast<SQLCHAR*>(select.data()), SQL_NTS))) {
@@ -172,7 +173,8 @@ bool copyTable(clsDatabase& db, SQLHDBC dbc, const std::string& table, const std
         return true;
       },
       error);
-  message = copied ? "table " + table + " copied as " + target + " (" + std::to_string(rows) + (rows == 1 ? " row)" : " rows)")
+  message = copied ? "table " + table + " copied as " + target + " (" + std::to_string(rows) +
+                         (rows == 1 ? " row)" : " rows)")
                    : "cannot copy table " + table + ": " + error;
   return copied;
 }

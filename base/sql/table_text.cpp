@@ -18,7 +18,7 @@ std::string cellText(const SqlCell& cell) {
 
 std::vector<std::string> tableLines(const SqlResult& result, std::size_t maxRows) {
   if (!result.ok) return {"error: " + result.error};
-  if (result.columns.empty()) return {"(" + std::to_string(result.changes) + " rows changed)"};
+  if (result.columns.empty()) return {std::to_string(result.changes).insert(0, 1, '(') + " rows changed)"};
   const std::size_t shown = result.rows.size() < maxRows ? result.rows.size() : maxRows;
   std::vector<std::size_t> width;
   for (const std::string& name : result.columns) width.push_back(name.size());
@@ -55,7 +55,7 @@ std::vector<std::string> tableLines(const SqlResult& result, std::size_t maxRows
   lines.push_back(rule);
   for (std::size_t r = 0; r < shown; ++r) lines.push_back(line(texts[r]));
   const std::size_t total = result.rows.size() + static_cast<std::size_t>(result.dropped);
-  std::string count = "(" + std::to_string(total) + (total == 1 ? " row" : " rows");
+  std::string count = std::to_string(total).insert(0, 1, '(') + (total == 1 ? " row" : " rows");
   if (shown < total) count += ", " + std::to_string(shown) + " shown";
   lines.push_back(count + ")");
   return lines;

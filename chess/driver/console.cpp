@@ -51,6 +51,7 @@ clsConsole::clsConsole(clsEngine& engine, clsBook& book, const kobubase::clsOpti
   kobubase::addGenericFunctions(interpreter_);
   addChessFunctions(interpreter_, engine_);
   addTableFunctions();
+  database_.setReadOnlyTables({"souls", "book", "book_all", "options", "games"});
 }
 
 std::vector<std::string> clsConsole::welcomeLines() {
@@ -65,15 +66,15 @@ std::vector<std::string> clsConsole::welcomeLines() {
   };
 }
 
-std::vector<std::string> clsConsole::line(const std::string& text) { return interpreter_.execute(text); }
+std::vector<std::string> clsConsole::line(const std::string& text) {
+  return interpreter_.execute(text);
+}
 
 void clsConsole::addTableFunctions() {
-  interpreter_.addFunction("sql", 1, 1, "sql(query)", [this](const clsArgs& a) {
-    return Value::string(joinLines(query(a.string(0))));
-  });
-  interpreter_.addFunction("results", 1, 1, "results(path)", [this](const clsArgs& a) {
-    return Value::string(joinLines(loadResults(a.string(0))));
-  });
+  interpreter_.addFunction("sql", 1, 1, "sql(query)",
+                           [this](const clsArgs& a) { return Value::string(joinLines(query(a.string(0)))); });
+  interpreter_.addFunction("results", 1, 1, "results(path)",
+                           [this](const clsArgs& a) { return Value::string(joinLines(loadResults(a.string(0)))); });
 }
 
 std::vector<std::string> clsConsole::sqlCommand(const std::string& args) {

@@ -12,10 +12,13 @@
 //              file written by this process or loaded with "results"
 //   standings  name, games, points, score (%), draws (%) over games
 // Keys are 16 hexadecimal digits (they do not fit SQLite's signed integers).
+// The system tables are read-only to queries; book_all is copied again only
+// when the book has changed since the last copy.
 //
 // The driver owns one console for the whole run, so variables and attached
 // tables outlive leaving and entering the console. Every answer is a list of
 // lines without the comment prefix. The engine must not be searching.
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -64,6 +67,8 @@ class clsConsole {
   kobubase::clsInterpreter interpreter_;
   kobubase::clsDatabase database_;
   std::vector<std::string> loadedResults_;  // earlier runs' files, loaded by the user
+  // A digest of the book as last copied into book_all: an unchanged book is not copied again.
+  std::uint64_t bookAllDigest_ = 0;
 };
 
 // Registers knight, king, pawn, bishop, rook, queen, between, line, fen and

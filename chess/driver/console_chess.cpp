@@ -24,7 +24,9 @@ u64 sliderTargets(int square, u64 occupied, int first, int last) {
   return targets;
 }
 
-int opposite(int direction) { return direction + (isIncreasing(direction) ? 1 : -1); }
+int opposite(int direction) {
+  return direction + (isIncreasing(direction) ? 1 : -1);
+}
 
 // The direction from a toward b, or 0 when they share no rank, file or diagonal.
 int directionBetween(int a, int b) {
@@ -40,11 +42,12 @@ u64 occupiedArg(const clsArgs& a, std::size_t i, const clsEngine& engine) {
 }
 
 void addAttackFunctions(kobubase::clsInterpreter& in, clsEngine& engine) {
-  in.addFunction("knight", 1, 1, "knight(sq)", [](const clsArgs& a) { return Value::integer(tables.knightAttacks[a.square(0)]); });
-  in.addFunction("king", 1, 1, "king(sq)", [](const clsArgs& a) { return Value::integer(tables.kingAttacks[a.square(0)]); });
-  in.addFunction("pawn", 2, 2, "pawn(sq, 0 white|1 black)", [](const clsArgs& a) {
-    return Value::integer(tables.pawnAttacks[a.below(1, 2)][a.square(0)]);
-  });
+  in.addFunction("knight", 1, 1, "knight(sq)",
+                 [](const clsArgs& a) { return Value::integer(tables.knightAttacks[a.square(0)]); });
+  in.addFunction("king", 1, 1, "king(sq)",
+                 [](const clsArgs& a) { return Value::integer(tables.kingAttacks[a.square(0)]); });
+  in.addFunction("pawn", 2, 2, "pawn(sq, 0 white|1 black)",
+                 [](const clsArgs& a) { return Value::integer(tables.pawnAttacks[a.below(1, 2)][a.square(0)]); });
   in.addFunction("bishop", 1, 2, "bishop(sq[, occupied])", [&engine](const clsArgs& a) {
     return Value::integer(sliderTargets(a.square(0), occupiedArg(a, 1, engine), 5, 8));
   });
@@ -72,10 +75,11 @@ void addChessFunctions(kobubase::clsInterpreter& in, clsEngine& engine) {
   static const struct {
     const char* name;
     int index;
-  } MASKS[] = {{"us", US},         {"them", THEM},   {"pawns", PAWN},   {"knights", KNIGHT},
+  } MASKS[] = {{"us", US},          {"them", THEM},  {"pawns", PAWN},   {"knights", KNIGHT},
                {"bishops", BISHOP}, {"rooks", ROOK}, {"queens", QUEEN}, {"kings", KING}};
   for (const auto& mask : MASKS) {
-    in.addNamedValue(mask.name, mask.name, [&engine, index = mask.index] { return Value::integer(engine.position().masks[index]); });
+    in.addNamedValue(mask.name, mask.name,
+                     [&engine, index = mask.index] { return Value::integer(engine.position().masks[index]); });
   }
   in.addNamedValue("occupied", "occupied", [&engine] { return Value::integer(engine.position().occupied); });
   in.addNamedValue("white", "white", [&engine] { return Value::integer(engine.position().colour(WHITE)); });

@@ -66,6 +66,21 @@ SqlRow soulRow(const Soul& soul, const char* kind) {
   return row;
 }
 
+// Every record mixed in order; a changed count or key changes the digest.
+std::uint64_t bookDigest(const clsBook& book) {
+  std::uint64_t digest = 0x9E3779B97F4A7C15ull ^ book.count();
+  for (const BookRecord& r : book.records()) {
+    digest = (digest ^ r.key) * 0x100000001B3ull;
+    digest = (digest ^ (std::uint64_t{r.wins} << 40 ^ std::uint64_t{r.losses} << 20 ^ r.draws)) * 0x100000001B3ull;
+  }
+  return digest | 1;  // never 0, which stands for "not filled"
+}
+
+// "1 game", "3 games".
+std::string countText(std::size_t count, const char* noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 }  // namespace
 
 void clsConsole::refreshTables(const std::string& sql, std::vector<std::string>& problems) {
@@ -81,7 +96,7 @@ void clsConsole::refreshTables(const std::string& sql, std::vector<std::string>&
 
 bool clsConsole::fillSouls(std::string& error) {
   std::vector<SqlColumn> columns{{"name", "TEXT"}, {"kind", "TEXT"}};
-  for (int i = 1; i <= SOUL_SIZE; ++i) columns.push_back({"v" + std::to_string(i), "INTEGER"});
+  for (int i = 1; i <= SOUL_SIZE; ++i) columns.push_back({std::to_string(i).insert(0, 1, 'v'), "INTEGER"});
   std::vector<SqlRow> rows;
   for (const char* preset : SOUL_PRESETS) rows.push_back(soulRow(parseSoul(preset), "preset"));
   rows.push_back(soulRow(Soul{engine_.soulName(), engine_.soulValues()}, "current"));
@@ -103,10 +118,13 @@ bool clsConsole::fillBook(std::string& error) {
 }
 
 bool clsConsole::fillBookAll(std::string& error) {
+  const std::uint64_t digest = bookDigest(book_);
+  if (digest == bookAllDigest_) return true;
   std::vector<SqlColumn> columns{{"key", "TEXT"}};
   for (SqlColumn& column : countColumns()) columns.push_back(column);
   std::size_t next = 0;
-  return database_.replaceTable(
+  bookAllDigest_ = 0;
+  const bool filled = database_.replaceTable(
       "book_all", columns,
       [&](SqlRow& row) {
         if (next == book_.count()) return false;
@@ -116,12 +134,15 @@ bool clsConsole::fillBookAll(std::string& error) {
         return true;
       },
       error);
+  if (filled) bookAllDigest_ = digest;
+  return filled;
 }
 
 bool clsConsole::fillOptions(std::string& error) {
   std::vector<SqlRow> rows;
   for (const auto& [name, value] : commandLine_.pairs()) rows.push_back({std::string("command line"), name, value});
-  for (const auto& [name, value] : engine_.runtimeOptions().pairs()) rows.push_back({std::string("run-time"), name, value});
+  for (const auto& [name, value] : engine_.runtimeOptions().pairs())
+    rows.push_back({std::string("run-time"), name, value});
   return database_.replaceTable("options", {{"source", "TEXT"}, {"name", "TEXT"}, {"value", "TEXT"}}, rows, error);
 }
 
@@ -160,8 +181,9 @@ std::vector<std::string> clsConsole::loadResults(const std::string& path) {
   if (std::find(loadedResults_.begin(), loadedResults_.end(), path) == loadedResults_.end()) {
     loadedResults_.push_back(path);
   }
-  std::vector<std::string> lines{"results: " + path + " added to games with " + std::to_string(games.size()) +
-                                 " games" + (problems.empty() ? "" : ", " + std::to_string(problems.size()) + " bad lines skipped")};
+  std::vector<std::string> lines{
+      "results: " + path + " added to games with " + countText(games.size(), "game") +
+      (problems.empty() ? "" : ", " + countText(problems.size(), "bad line") + " skipped")};
   for (const std::string& problem : problems) lines.push_back("results: " + path + ": " + problem);
   return lines;
 }

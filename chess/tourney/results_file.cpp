@@ -62,7 +62,8 @@ bool parseLine(const std::string& line, GameResultRow& row, std::string& problem
     problem = "unknown result '" + f[4] + "'";
     return false;
   }
-  row = GameResultRow{static_cast<int>(round), static_cast<int>(game), f[2], f[3], f[4], f[5], static_cast<int>(plies), ms};
+  row = GameResultRow{
+      static_cast<int>(round), static_cast<int>(game), f[2], f[3], f[4], f[5], static_cast<int>(plies), ms};
   return true;
 }
 

@@ -1,5 +1,7 @@
 // The expression console inside the driver: the console mode and its way
 // out, the chess functions with exact masks, and the system tables.
+#include "chess/driver/console.h"
+
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -12,7 +14,6 @@
 #include "chess/board/tables.h"
 #include "chess/book/book.h"
 #include "chess/book/pgn_file.h"
-#include "chess/driver/console.h"
 #include "chess/driver/talvena.h"
 #include "chess/tourney/results_file.h"
 
@@ -52,14 +53,14 @@ class ConsoleTest : public testing::Test {
 
 TEST_F(ConsoleTest, AttackSetsAndLinesFromTheBoardTables) {
   const std::pair<const char*, const char*> cases[] = {
-      {"knight(g1)", "329728 (0x50800)"},                    // e2 f3 h3
+      {"knight(g1)", "329728 (0x50800)"},  // e2 f3 h3
       {"squares(knight(g1))", "f3 h3 e2"},
-      {"king(a1)", "49216 (0xc040)"},                        // a2 b2 b1
+      {"king(a1)", "49216 (0xc040)"},  // a2 b2 b1
       {"squares(pawn(e4, 0))", "d5 f5"},
       {"squares(pawn(e4, 1))", "d3 f3"},
       {"squares(pawn(a2, 0))", "b3"},
       {"hex(rook(a1, 0))", "0x808080808080807f"},
-      {"squares(rook(a1))", "a2 b1"},                        // the position's pieces block
+      {"squares(rook(a1))", "a2 b1"},  // the position's pieces block
       {"squares(bishop(d4, e5 | c3))", "a7 b6 c5 e5 c3 e3 f2 g1"},
       {"queen(d4, 0) == (rook(d4, 0) | bishop(d4, 0))", "true"},
       {"popcount(queen(d4, 0))", "27 (0x1b)"},
@@ -110,6 +111,13 @@ TEST_F(ConsoleTest, SoulsBookAndOptionsTables) {
   EXPECT_EQ(console_.query("SELECT count(*) = " + std::to_string(book_.count()) + " AND sum(key = '" + key +
                            "') = 1 AS ok FROM book_all"),
             (Lines{"ok", "--", " 1", "(1 row)"}));
+  // The copy follows every change of the book, counts included; queries cannot change it.
+  book_.add(BookRecord{1, 0, 0, 0});
+  EXPECT_EQ(console_.query("SELECT count(*) FROM book_all").at(2),
+            std::string(8 - std::to_string(book_.count()).size(), ' ') + std::to_string(book_.count()));
+  book_.add(BookRecord{1, 5, 0, 0});
+  EXPECT_EQ(console_.query("SELECT wins FROM book_all WHERE key = '0000000000000001'").at(2), "   5");
+  EXPECT_EQ(console_.query("DELETE FROM book_all"), Lines{"error: not authorized"});
   engine_.runtimeOptions().set("cores", "2");
   EXPECT_EQ(console_.query("SELECT * FROM options WHERE name <> 'soul' ORDER BY source, name"),
             (Lines{"source        name    value", "------------  ------  -----", "command line  -log",
@@ -127,7 +135,7 @@ TEST_F(ConsoleTest, GamesAndStandingsFromResultsFiles) {
   std::fputs("broken line\n", file);
   std::fclose(file);
   EXPECT_EQ(console_.loadResults(earlier),
-            (Lines{"results: " + earlier + " added to games with 1 games, 1 bad lines skipped",
+            (Lines{"results: " + earlier + " added to games with 1 game, 1 bad line skipped",
                    "results: " + earlier + ": line 3: expected 8 tab-separated fields, found 1"}));
   EXPECT_EQ(console_.loadResults(folder_ + "/none.tsv"),
             (Lines{"results: cannot load " + folder_ + "/none.tsv", folder_ + "/none.tsv: No such file or directory"}));
@@ -143,14 +151,15 @@ TEST_F(ConsoleTest, GamesAndStandingsFromResultsFiles) {
 }
 
 TEST_F(ConsoleTest, SqlCommandsInsideAndOutsideTheConsole) {
-  EXPECT_EQ(console_.sqlCommand(""), (Lines{"sql QUERY", "sql results PATH   adds an earlier run's results file to the games table",
-                                           "tables: souls book book_all options games standings"}));
+  EXPECT_EQ(console_.sqlCommand(""),
+            (Lines{"sql QUERY", "sql results PATH   adds an earlier run's results file to the games table",
+                   "tables: souls book book_all options games standings"}));
   EXPECT_EQ(console_.sqlCommand("select x from nowhere"), Lines{"error: no such table: nowhere"});
   EXPECT_EQ(console_.line("sql('SELECT 1 + 1 AS two')"), (Lines{"two", "---", "  2", "(1 row)"}));
   EXPECT_EQ(console_.line("len(sql('SELEC'))"), Lines{"33 (0x21)"});  // error: near "SELEC": syntax error
-  EXPECT_EQ(console_.odbcCommand("attach"), (Lines{"odbc attach DSN AS name",
-                                                   "odbc attach DRIVER=driver.so;Database=file AS name",
-                                                   "copies each table T of the source into the table name_T"}));
+  EXPECT_EQ(console_.odbcCommand("attach"),
+            (Lines{"odbc attach DSN AS name", "odbc attach DRIVER=driver.so;Database=file AS name",
+                   "copies each table T of the source into the table name_T"}));
   EXPECT_EQ(console_.odbcCommand("attach no_such_dsn AS x"),
             Lines{"odbc: cannot connect to no_such_dsn: [unixODBC][Driver Manager]Data source name not found and "
                   "no default driver specified (IM002)"});

@@ -26,9 +26,9 @@ TEST(E2eConsoleTest, FormulaDiagramExitAndBackToXboard) {
   engine.send("board(knight(g1) | e4)");
   Lines diagram;
   for (int i = 0; i < 9; ++i) diagram.push_back(engine.readLine(3000).value_or("<nothing>"));
-  EXPECT_EQ(diagram, (Lines{"# 8 . . . . . . . .", "# 7 . . . . . . . .", "# 6 . . . . . . . .",
-                            "# 5 . . . . . . . .", "# 4 . . . . x . . .", "# 3 . . . . . x . x",
-                            "# 2 . . . . x . . .", "# 1 . . . . . . . .", "#   a b c d e f g h"}));
+  EXPECT_EQ(diagram, (Lines{"# 8 . . . . . . . .", "# 7 . . . . . . . .", "# 6 . . . . . . . .", "# 5 . . . . . . . .",
+                            "# 4 . . . . x . . .", "# 3 . . . . . x . x", "# 2 . . . . x . . .", "# 1 . . . . . . . .",
+                            "#   a b c d e f g h"}));
   engine.send("sql(\"select name from souls where kind = 'current'\")");
   EXPECT_EQ(engine.readUntil("# (1 row)", 3000), (Lines{"# name", "# -------", "# Simple5", "# (1 row)"}));
   engine.send("exit");

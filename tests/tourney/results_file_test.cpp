@@ -1,5 +1,7 @@
 // The tournament results file: exact bytes written, the round trip, bad
 // lines reported by number and skipped, and the registry of this process.
+#include "chess/tourney/results_file.h"
+
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -10,8 +12,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "chess/tourney/results_file.h"
 
 namespace {
 
@@ -72,8 +72,7 @@ TEST_F(ResultsFileTest, BadLinesAreReportedByNumberAndSkipped) {
   Lines problems;
   ASSERT_TRUE(readResultsFile(path_, rows, problems));
   EXPECT_EQ(problems, (Lines{"line 3: expected 8 tab-separated fields, found 3",
-                             "line 4: round, game, plies and ms must be whole numbers",
-                             "line 6: unknown result '2-0'",
+                             "line 4: round, game, plies and ms must be whole numbers", "line 6: unknown result '2-0'",
                              "line 7: round, game, plies and ms must be whole numbers",
                              "line 8: round, game, plies and ms must be whole numbers"}));
   ASSERT_EQ(rows.size(), 2u);

@@ -1,12 +1,12 @@
 // The console's language: literals, operators and their precedence, values,
 // variables, statements and the error line of every kind of fault.
+#include "base/expr/interpreter.h"
+
 #include <gtest/gtest.h>
 
 #include <random>
 #include <string>
 #include <vector>
-
-#include "base/expr/interpreter.h"
 
 namespace {
 
@@ -181,10 +181,53 @@ TEST_F(InterpreterTest, OwnersAddFunctionsAndReadOnlyNamedValues) {
 // Random lines built from the language's own pieces and from raw bytes: each
 // must give some lines back, and a fault must be one well-formed error line.
 TEST_F(InterpreterTest, RandomInputNeverCrashes) {
-  const char* const pieces[] = {"(", ")", "+", "-", "*", "/", "%", "<<", ">>", "&", "|", "^", "~", "!", "==",
-                                "<", ">=", "&&", "||", ",", "=", "0", "1", "0x", "0b", "64", "e4", "h8", "x",
-                                "y", "'s'", "\"", "'", "\\", "popcount(", "board(", "substr(", "concat(", "lsb(",
-                                "bit(", "hex(", "len(", "vars", " ", "$", "\t", "99999999999999999999"};
+  const char* const pieces[] = {"(",
+                                ")",
+                                "+",
+                                "-",
+                                "*",
+                                "/",
+                                "%",
+                                "<<",
+                                ">>",
+                                "&",
+                                "|",
+                                "^",
+                                "~",
+                                "!",
+                                "==",
+                                "<",
+                                ">=",
+                                "&&",
+                                "||",
+                                ",",
+                                "=",
+                                "0",
+                                "1",
+                                "0x",
+                                "0b",
+                                "64",
+                                "e4",
+                                "h8",
+                                "x",
+                                "y",
+                                "'s'",
+                                "\"",
+                                "'",
+                                "\\",
+                                "popcount(",
+                                "board(",
+                                "substr(",
+                                "concat(",
+                                "lsb(",
+                                "bit(",
+                                "hex(",
+                                "len(",
+                                "vars",
+                                " ",
+                                "$",
+                                "\t",
+                                "99999999999999999999"};
   std::mt19937 random(12345);
   in_.execute("x = 7");
   for (int i = 0; i < 20000; ++i) {

@@ -1,11 +1,11 @@
 // The console's table layer: queries, their aligned text, errors, tables
 // filled from rows, and the guard against queries that never end.
+#include "base/sql/database.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
-
-#include "base/sql/database.h"
 
 namespace {
 
@@ -21,16 +21,17 @@ TEST(DatabaseTest, QueryResultsAsAlignedTables) {
                                 "INSERT INTO t VALUES ('alpha', 5, 1.5), ('b', 12345, NULL), ('c\td', -7, 0.1)")),
             Lines{"(3 rows changed)"});
   EXPECT_EQ(tableLines(db.query("SELECT * FROM t ORDER BY n")), (Lines{
-                                                                     "name       n     r",
-                                                                     "-----  -----  ----",
-                                                                     "c d       -7   0.1",
-                                                                     "alpha      5   1.5",
-                                                                     "b      12345  NULL",
-                                                                     "(3 rows)",
-                                                                 }));
+                                                                    "name       n     r",
+                                                                    "-----  -----  ----",
+                                                                    "c d       -7   0.1",
+                                                                    "alpha      5   1.5",
+                                                                    "b      12345  NULL",
+                                                                    "(3 rows)",
+                                                                }));
   EXPECT_EQ(tableLines(db.query("SELECT count(*) AS how_many FROM t")),
             (Lines{"how_many", "--------", "       3", "(1 row)"}));
-  EXPECT_EQ(tableLines(db.query("SELECT n FROM t ORDER BY n"), 2), (Lines{" n", "--", "-7", " 5", "(3 rows, 2 shown)"}));
+  EXPECT_EQ(tableLines(db.query("SELECT n FROM t ORDER BY n"), 2),
+            (Lines{" n", "--", "-7", " 5", "(3 rows, 2 shown)"}));
   EXPECT_EQ(tableLines(db.query("SELECT * FROM t WHERE n > 99999")), (Lines{"name  n  r", "----  -  -", "(0 rows)"}));
 }
 
@@ -55,13 +56,14 @@ TEST(DatabaseTest, TablesAreReplacedFromRows) {
   EXPECT_EQ(tableLines(db.query("SELECT s, n FROM \"odd \"\"name\"\"\" ORDER BY n")),
             (Lines{"s      n", "----  --", "NULL  -2", "x      1", "(2 rows)"}));
   int next = 0;
-  ASSERT_TRUE(db.replaceTable("odd \"name\"", {{"v", "REAL"}},
-                              [&next](SqlRow& row) {
-                                if (next == 1000) return false;
-                                row.emplace_back(next++ * 0.5);
-                                return true;
-                              },
-                              error));
+  ASSERT_TRUE(db.replaceTable(
+      "odd \"name\"", {{"v", "REAL"}},
+      [&next](SqlRow& row) {
+        if (next == 1000) return false;
+        row.emplace_back(next++ * 0.5);
+        return true;
+      },
+      error));
   EXPECT_EQ(tableLines(db.query("SELECT count(*), sum(v) FROM \"odd \"\"name\"\"\"")),
             (Lines{"count(*)  sum(v)", "--------  ------", "    1000  249750", "(1 row)"}));
   EXPECT_FALSE(db.replaceTable("empty", {}, rows, error));
@@ -71,16 +73,32 @@ TEST(DatabaseTest, TablesAreReplacedFromRows) {
 
 TEST(DatabaseTest, LongResultsAreCountedButNotHeldAndEndlessQueriesInterrupted) {
   clsDatabase db;
-  const kobubase::SqlResult big = db.query(
-      "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c WHERE x < 100005) SELECT x FROM c");
+  const kobubase::SqlResult big =
+      db.query("WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c WHERE x < 100005) SELECT x FROM c");
   ASSERT_TRUE(big.ok) << big.error;
   EXPECT_EQ(big.rows.size(), clsDatabase::MAX_RESULT_ROWS);
   EXPECT_EQ(big.dropped, 5);
   EXPECT_EQ(tableLines(big, 1).back(), "(100005 rows, 1 shown)");
   db.setQueryLimitMs(100);
-  EXPECT_EQ(tableLines(db.query("WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT count(*) FROM c")),
-            Lines{"error: interrupted"});
+  EXPECT_EQ(
+      tableLines(db.query("WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT count(*) FROM c")),
+      Lines{"error: interrupted"});
   EXPECT_EQ(tableLines(db.query("SELECT 6 * 7 AS answer")), (Lines{"answer", "------", "    42", "(1 row)"}));
+}
+
+TEST(DatabaseTest, ReadOnlyTablesRefuseChangesButAreStillReplaced) {
+  clsDatabase db;
+  std::string error;
+  ASSERT_TRUE(db.replaceTable("sys", {{"n", "INTEGER"}}, std::vector<SqlRow>{{std::int64_t{1}}}, error));
+  db.setReadOnlyTables({"sys"});
+  for (const char* change : {"INSERT INTO sys VALUES (2)", "UPDATE sys SET n = 3", "DELETE FROM SYS", "DROP TABLE sys",
+                             "ALTER TABLE sys ADD COLUMN m", "CREATE INDEX i ON sys(n)"}) {
+    EXPECT_EQ(tableLines(db.query(change)), Lines{"error: not authorized"}) << change;
+  }
+  EXPECT_EQ(tableLines(db.query("CREATE TABLE mine AS SELECT n * 10 AS n FROM sys; SELECT * FROM mine")),
+            (Lines{" n", "--", "10", "(1 row)"}));
+  ASSERT_TRUE(db.replaceTable("sys", {{"n", "INTEGER"}}, std::vector<SqlRow>{{std::int64_t{4}}}, error));
+  EXPECT_EQ(tableLines(db.query("SELECT n FROM sys")), (Lines{"n", "-", "4", "(1 row)"}));
 }
 
 }  // namespace

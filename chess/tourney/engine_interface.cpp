@@ -71,8 +71,11 @@ void clsEngineInterface::Go() {
     Send("time " + std::to_string(ownClock_ / 10));
     Send("otim " + std::to_string(opponentClock_ / 10));
     Send("go");
+    forced_ = false;
     return;
   }
+  if (forced_) Send("position startpos moves " + moveHistory_);  // after an opening
+  forced_ = false;
   const bool white = colour_ == 0;
   const std::int32_t w = white ? ownClock_ : opponentClock_, b = white ? opponentClock_ : ownClock_;
   const std::int32_t wi = white ? ownIncrement_ : opponentIncrement_, bi = white ? opponentIncrement_ : ownIncrement_;
@@ -88,6 +91,7 @@ void clsEngineInterface::PlayMove(const std::string& played, int side) {
   if (side == colour_) return;  // our own move coming back
   if (protocol_ == PROTOCOL_UCI) {
     Send("position startpos" + (moveHistory_.empty() ? std::string() : " moves " + moveHistory_));
+    forced_ = false;
     Go();
     return;
   }
@@ -100,12 +104,16 @@ void clsEngineInterface::PlayMove(const std::string& played, int side) {
   forced_ = false;
 }
 
+// xboard engines take the opening in force mode and leave it with "go" (their
+// own first move) or with the opponent's first move followed by "go"; UCI
+// engines get the opening with their first "position".
 void clsEngineInterface::PlayOpeningMove(const std::string& move) {
   moveHistory_ += move + " ";
-  if (protocol_ == PROTOCOL_UCI) return;  // the history goes out with the first "position"
-  if (!forced_) Send("force");
+  if (protocol_ == PROTOCOL_XBOARD) {
+    if (!forced_) Send("force");
+    Send(move);
+  }
   forced_ = true;
-  Send(move);
 }
 
 void clsEngineInterface::Quit() {

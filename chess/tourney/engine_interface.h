@@ -114,7 +114,7 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   std::int32_t opponentClock_ = 0;
   std::int32_t opponentIncrement_ = 0;
   int protocol_;
-  bool forced_ = false;  // xboard: "force" was sent for an opening
+  bool forced_ = false;  // an opening was played: xboard in force mode, UCI without its position
 
  private:
   std::string translateXboard(const std::string& word, const std::string& rest);

@@ -176,6 +176,39 @@ TEST(AdapterTest, UciCommandSequenceAsBlack) {
   EXPECT_EQ(white.takeSent(), Lines{"go wtime 999 btime 1001 winc 0 binc 0"});
 }
 
+// An opening: xboard engines take it in force mode and are set going by their
+// own first move ("go") or after the opponent's first move; UCI engines get
+// it with their first position.
+TEST(AdapterTest, OpeningsBeforeTheFirstMove) {
+  clsScripted xboardWhite(clsEngineInterface::PROTOCOL_XBOARD);
+  clsScripted xboardBlack(clsEngineInterface::PROTOCOL_XBOARD);
+  clsScripted uciWhite(clsEngineInterface::PROTOCOL_UCI);
+  xboardWhite.Prepare(0, 1000, 0);
+  xboardBlack.Prepare(1, 1000, 0);
+  uciWhite.reply("uciok");
+  uciWhite.Prepare(0, 1000, 0);
+  uciWhite.reply("readyok");
+  for (clsScripted* engine : {&xboardWhite, &xboardBlack, &uciWhite}) {
+    engine->takeSent();
+    engine->setClocks(1000, 1000);
+    engine->PlayOpeningMove("e2e4");
+    engine->PlayOpeningMove("e7e5");
+  }
+  EXPECT_EQ(xboardWhite.takeSent(), (Lines{"force", "e2e4", "e7e5"}));
+  xboardWhite.Go();
+  EXPECT_EQ(xboardWhite.takeSent(), (Lines{"time 100", "otim 100", "go"}));
+  xboardWhite.PlayMove("g1f3", 0);
+  xboardWhite.PlayMove("b8c6", 1);
+  EXPECT_EQ(xboardWhite.takeSent(), (Lines{"time 100", "otim 100", "b8c6"}));  // no second "go"
+  xboardBlack.takeSent();
+  xboardBlack.PlayMove("g1f3", 0);
+  EXPECT_EQ(xboardBlack.takeSent(), (Lines{"time 100", "otim 100", "g1f3", "go"}));
+  EXPECT_EQ(uciWhite.takeSent(), Lines{});
+  uciWhite.Go();
+  EXPECT_EQ(uciWhite.takeSent(),
+            (Lines{"position startpos moves e2e4 e7e5 ", "go wtime 1000 btime 1000 winc 0 binc 0"}));
+}
+
 // Preparing a fresh adapter: start, the waiting line, the handshake, then
 // the new game once the engine is ready.
 TEST(AdapterTest, PrepareWaitsForTheHandshake) {

@@ -42,10 +42,10 @@ std::string engineElement(const std::string& name, const std::string& protocol, 
 }
 
 std::string writeTourney(const std::string& folder, const std::string& name, const std::string& clock, int threads,
-                         const Lines& engines) {
+                         const Lines& engines, const std::string& moreOptions = "") {
   std::ostringstream xml;
   xml << "<tourney name=\"" << name << "\" type=\"gauntlet\"><options><rounds>1</rounds><logfolder>" << folder
-      << "</logfolder><threads>" << threads << "</threads></options>" << clock << "<engines>";
+      << "</logfolder><threads>" << threads << "</threads>" << moreOptions << "</options>" << clock << "<engines>";
   for (const std::string& engine : engines) xml << engine;
   xml << "</engines></tourney>";
   const std::string path = folder + "/" + name + ".xml";
@@ -132,12 +132,15 @@ TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
   EXPECT_TRUE(fs::exists(folder + "/faults-1-3.log"));
 }
 
+// Both games start from one random opening of three plies, so fairymax takes
+// it in force mode once as White and once as Black.
 TEST(TourneyRun, GamesAgainstFairymaxEndByTheRulesAndTheirPgnReadsCleanly) {
   const std::string folder = freshFolder("fairymax");
   ASSERT_TRUE(fs::exists(FAIRYMAX)) << "tests/run.sh installs fairymax";
   const std::string ini = writeTourney(folder, "real", "<clock game_ms=\"10000\" increment_ms=\"1000\"/>", 2,
                                        {engineElement("Self", "embedded", "", "Simple5"),
-                                        engineElement("Fairy-Max", "xboard", FAIRYMAX, "")});
+                                        engineElement("Fairy-Max", "xboard", FAIRYMAX, "")},
+                                       "<opening_plies>3</opening_plies>");
   runTourney(ini, 180000);
   const std::map<std::string, std::string> results = readResults(folder + "/real-1-results.tsv");
   ASSERT_EQ(results.size(), 2u);

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # A gauntlet of Talvena's default soul against Debian's chess engines, played
-# by Talvena's own tournament: fairymax, phalanx and gnuchess in xboard,
-# stockfish in UCI. Installs the engines when missing, then checks that every
+# by Talvena's own tournament: fairymax and phalanx in xboard, stockfish in
+# UCI. (Debian's GNU Chess 6.2.7 is left out: behind pipes it answers a bare
+# move with "My move is : e7e5" instead of "move e7e5", and nothing at all
+# after "usermove", so it can only lose on time.) Installs the engines when missing, then checks that every
 # game ended with a result and a reason, that no real engine was judged to
 # have played an illegal move or crashed, and that pgn-extract reads every
 # PGN written without a complaint.
@@ -16,7 +18,7 @@ GAME_MS=${3:-10000}
 INC_MS=${4:-100}
 [ -x "$TALVENA" ] || { echo "no program at $TALVENA (build it first)" >&2; exit 2; }
 
-engines=(fairymax phalanx gnuchess stockfish pgn-extract)
+engines=(fairymax phalanx stockfish pgn-extract)
 [ -n "${QUICK:-}" ] && engines=(fairymax pgn-extract)
 missing=()
 for p in "${engines[@]}"; do dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p"); done
@@ -37,7 +39,6 @@ rounds=$(((GAMES + 1) / 2))
   echo "    <engine active=\"true\" name=\"Fairy-Max\" protocol=\"xboard\" filename=\"/usr/games/fairymax\"/>"
   if [ -z "${QUICK:-}" ]; then
     echo "    <engine active=\"true\" name=\"Phalanx\" protocol=\"xboard\" filename=\"/usr/games/phalanx\"/>"
-    echo "    <engine active=\"true\" name=\"GNU Chess\" protocol=\"xboard\" filename=\"/usr/games/gnuchess\" parameters=\"--xboard\"/>"
     echo "    <engine active=\"true\" name=\"Stockfish\" protocol=\"uci\" filename=\"/usr/games/stockfish\"/>"
   fi
   echo "  </engines>"
@@ -53,7 +54,7 @@ status=0
 results="$WORK/engines-1-results.tsv"
 [ -f "$results" ] || { echo "FAIL: no results file"; exit 1; }
 games=$(($(wc -l <"$results") - 1))
-expected=$((2 * rounds * ($([ -n "${QUICK:-}" ] && echo 1 || echo 4))))
+expected=$((2 * rounds * ($([ -n "${QUICK:-}" ] && echo 1 || echo 3))))
 [ "$games" -eq "$expected" ] || { echo "FAIL: $games games finished, $expected expected"; status=1; }
 while IFS=$'\t' read -r round game white black result reason plies ms; do
   [ "$round" = round ] && continue

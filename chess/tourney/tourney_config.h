@@ -8,7 +8,7 @@
 //              <openings>book.sbk</openings><opening_plies>8</opening_plies></options>
 //     <clock moves_per_second="0" game_ms="10000" increment_ms="100"/>
 //     <engines>
-//       <engine active="true" name="Self" protocol="embedded" parameters="soul=..."/>
+//       <engine active="true" name="Self" protocol="embedded" parameters="Simple5"/>
 //       <engine active="true" name="Other" filename="/usr/games/fairymax" protocol="xboard"/>
 //     </engines>
 //     <pgn><header><Site>Home</Site></header></pgn>

@@ -1,5 +1,6 @@
 #include "chess/tourney/tourney_game.h"
 
+#include <algorithm>
 #include <exception>
 
 #include "chess/board/game_state.h"
@@ -206,10 +207,25 @@ bool clsTourneyGame::takeReply(const std::string& reply, std::int64_t elapsed) {
   return true;
 }
 
-bool clsTourneyGame::takeMove(const std::string& move, std::int64_t elapsed) {
+// The coordinate text of an engine's move. Engines may also answer in SAN
+// ("O-O-O", "Nf3"), as xboard GUIs accept: such a move is taken as the legal
+// move it names. Empty when the text names no legal move.
+std::string clsTourneyGame::coordinateMove(const std::string& text) {
+  if (board_.findCoordinateMove(text) != nullptr) return text;
+  board_.resetFrames();
+  board_.generateLegal();
+  const Move* named = board_.readSANMove(text);
+  std::string coordinate = named != nullptr ? clsBoard::moveText(named, false) : std::string();
+  board_.resetFrames();
+  coordinate.erase(std::remove(coordinate.begin(), coordinate.end(), '='), coordinate.end());
+  return coordinate;
+}
+
+bool clsTourneyGame::takeMove(const std::string& reply, std::int64_t elapsed) {
   const int mover = side_;
   clocks_[mover] = static_cast<std::int32_t>(clocks_[mover] + clock_.incrementMs - elapsed);
   std::string san;
+  const std::string move = reply.empty() ? reply : coordinateMove(reply);
   if (move.empty() || !playCoordinateMove(board_, move, san)) {
     setResult(illegalMoveCode(mover));
     return false;

@@ -81,7 +81,8 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   void loop();
   // One reply of the side to move; false when the game has ended.
   bool takeReply(const std::string& reply, std::int64_t elapsed);
-  bool takeMove(const std::string& move, std::int64_t elapsed);
+  std::string coordinateMove(const std::string& text);
+  bool takeMove(const std::string& reply, std::int64_t elapsed);
   bool judgePosition(int mover);
   void setResult(std::uint32_t code);
   void score();

@@ -218,14 +218,14 @@ TEST(TourneyConfigTest, TheExampleFileIsAGauntletOfThree) {
   EXPECT_EQ(c.threads, 2);
   EXPECT_EQ(c.logPath, "tourney-logs/simple5-gauntlet.log");
   EXPECT_EQ(c.movesPerSecond, 0);
-  EXPECT_EQ(c.gameMs, 10000);
-  EXPECT_EQ(c.incrementMs, 100);
+  EXPECT_EQ(c.gameMs, 20000);
+  EXPECT_EQ(c.incrementMs, 500);
   ASSERT_EQ(c.players.size(), 3u);
   EXPECT_EQ(names(c), "Simple5,Mass161,Fairy-Max");
   EXPECT_TRUE(c.players[0].embedded());
-  EXPECT_EQ(c.players[0].parameters, "soul=Simple5");
+  EXPECT_EQ(c.players[0].parameters, "Simple5");
   EXPECT_TRUE(c.players[1].embedded());
-  EXPECT_EQ(c.players[1].parameters, "soul=Mass161");
+  EXPECT_EQ(c.players[1].parameters, "Mass161");
   EXPECT_EQ(c.players[2].filename, "/usr/games/fairymax");
   EXPECT_EQ(c.players[2].protocol, "xboard");
   EXPECT_EQ(c.pgnHeaders, (std::vector<std::pair<std::string, std::string>>{{"Site", "Talvena workbench"}}));

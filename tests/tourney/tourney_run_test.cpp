@@ -107,14 +107,15 @@ int processesWith(const std::string& marker) {
 TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
   const std::string folder = freshFolder("faults");
   const std::string fake = FAKE_ENGINE;
-  const std::string ini = writeTourney(folder, "faults", "<clock game_ms=\"3000\" increment_ms=\"0\"/>", 10,
+  const std::string ini = writeTourney(folder, "faults", "<clock game_ms=\"3000\" increment_ms=\"0\"/>", 12,
                                        {engineElement("Self", "embedded", "", "Simple5"),
                                         engineElement("Illegal", "xboard", fake, "xboard illegal"),
                                         engineElement("Crash", "uci", fake, "uci crash=1"),
                                         engineElement("Silent", "xboard", fake, "xboard silent"),
                                         engineElement("Resign", "xboard", fake, "xboard claim=resign"),
-                                        engineElement("Draw", "xboard", fake, "xboard claim=1/2-1/2")});
-  const Lines lines = runTourney(ini, 120000);
+                                        engineElement("Draw", "xboard", fake, "xboard claim=1/2-1/2"),
+                                        engineElement("San", "xboard", fake, "xboard &quot;claim=move Nf3&quot;")});
+  const Lines lines = runTourney(ini, 180000);
   EXPECT_TRUE(printed(lines, "# starting tourney..."));
   const std::map<std::string, std::string> expected = {
       {"Self-Illegal", "1-0 illegal move"},   {"Illegal-Self", "0-1 illegal move"},
@@ -123,12 +124,19 @@ TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
       // An xboard "resign" line is no reply: the resigner just loses on time.
       {"Self-Resign", "1-0 forfeit"},         {"Resign-Self", "0-1 forfeit"},
       {"Self-Draw", "1/2-1/2 "},              {"Draw-Self", "1/2-1/2 "},
+      // A move in SAN is taken as the move it names: as Black, Nf3 is illegal;
+      // as White it is played (the fake, which does not play it on its own
+      // board, then rejects Black's reply and falls silent).
+      {"Self-San", "1-0 illegal move"},       {"San-Self", "0-1 forfeit"},
   };
   EXPECT_EQ(readResults(folder + "/faults-1-results.tsv"), expected);
-  // Self: 2 + 2 + 2 + 2 + (forfeits 2) + draws 1 + 1 = 18 of 20 half-points.
+  // Self: 2 + 2 + 2 + 2 + (forfeits 2) + draws 1 + 1 + 2 + 2 = 22 of 24 half-points.
   EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const std::string& l) {
-    return l.find("'Self' result 1 score 18") != std::string::npos || l.find("'Self' result 2 score 18") != std::string::npos;
+    return l.find("'Self' result 1 score 22") != std::string::npos || l.find("'Self' result 2 score 22") != std::string::npos;
   }));
+  std::ifstream sanGame(folder + "/faults-1-12.pgn");
+  const std::string sanText((std::istreambuf_iterator<char>(sanGame)), std::istreambuf_iterator<char>());
+  EXPECT_NE(sanText.find("\r\n1. Nf3 "), std::string::npos) << sanText;
   EXPECT_TRUE(fs::exists(folder + "/faults-1-3.log"));
 }
 

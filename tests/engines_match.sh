@@ -47,7 +47,7 @@ rounds=$(((GAMES + 1) / 2))
 
 echo "gauntlet in $WORK: $((2 * rounds)) games per engine at $GAME_MS ms + $INC_MS ms"
 start=$(date +%s)
-"$TALVENA" -use=tourney -ini="$WORK/engines.xml" </dev/null | grep --line-buffered -E 'standings|^# +[-0-9]+ |finished|ROUND .*PLAYING [0-9]+/[0-9]+$|result [0-9] score' || true
+"$TALVENA" -use=tourney -ini="$WORK/engines.xml" </dev/null | grep --line-buffered -E 'standings|^# +([-0-9]+|rank) |finished' || true
 echo "wall time: $(($(date +%s) - start)) s"
 
 status=0

@@ -242,9 +242,9 @@ void clsTourney::startGames(int& running) {
 }
 
 void clsTourney::cancelGames() {
-  for (const auto& game : games_) {
-    if (game->record().undecided()) game->stopGame();
-  }
+  // A game that has already ended ignores the stop; its record belongs to its
+  // own thread until then, so it is not read here.
+  for (const auto& game : games_) game->stopGame();
   log("cancel");
   kobubase::sleepMs(CANCEL_FIRST_PAUSE_MS);
   kobubase::sleepMs(CANCEL_SECOND_PAUSE_MS);

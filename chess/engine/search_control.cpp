@@ -29,9 +29,10 @@ SearchPoll clsSearchControl::poll() {
   return SearchPoll::TIME_EXPIRED;
 }
 
-void clsSearchControl::stop() {
-  if (engine_.searching()) engine_.stop();
-}
+// Joins the engine's thread even when its search has just ended: the thread
+// may still be on its way out, and the engine must not be touched (or
+// destroyed) before it is gone.
+void clsSearchControl::stop() { engine_.stop(); }
 
 void clsSearchControl::abandon() {
   stop();

@@ -31,7 +31,7 @@ constexpr int CANCEL_SECOND_PAUSE_MS = 4000;
 }  // namespace
 
 bool soulOfPlayer(const PlayerConfig& player, Soul& soul) {
-  const std::string text = player.parameters.empty() ? player.name : player.parameters;
+  const std::string& text = player.soulText();
   if (text.find('=') != std::string::npos) {
     soul = parseSoul(text);
     return true;

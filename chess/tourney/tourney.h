@@ -70,8 +70,7 @@ class clsTourney : public clsTourneyHost {
   std::FILE* logFile_ = nullptr;
 };
 
-// An embedded player's soul: its parameters (a soul text or a preset's name),
-// else its name as a preset's name; false when neither names a soul.
+// The Soul an embedded player's soul text names; false when it names none.
 bool soulOfPlayer(const PlayerConfig& player, Soul& soul);
 
 // The highest RUN of files NAME-RUN-*.pgn in the folder, plus one.

@@ -32,6 +32,9 @@ struct PlayerConfig {
   std::string protocol;
 
   bool embedded() const { return protocol == "embedded"; }
+  // An embedded player's soul: its parameters (a preset's name or a soul
+  // text), else its own name taken as a preset's name.
+  const std::string& soulText() const { return parameters.empty() ? name : parameters; }
   bool uci() const { return protocol == "uci"; }
 };
 

@@ -15,12 +15,6 @@ namespace {
 
 const char* const SIDE_NAMES[2] = {"white", "black"};
 
-// An embedded player's soul: its parameters (a preset's name or a soul text),
-// else its own name taken as a preset's name.
-std::string embeddedSoul(const PlayerConfig& player) {
-  return player.parameters.empty() ? player.name : player.parameters;
-}
-
 // First word and the rest of a reply.
 void splitReply(const std::string& reply, std::string& word, std::string& rest) {
   const std::size_t blank = reply.find(' ');
@@ -140,7 +134,7 @@ bool clsTourneyGame::createAdapters() {
 std::unique_ptr<clsEngineInterface> clsTourneyGame::makeAdapter(int colour) {
   const clsPlayer& player = *players_[colour];
   if (player.config().embedded()) {
-    auto engine = std::make_unique<clsEmbeddedEngine>(player.name(), embeddedSoul(player.config()), this);
+    auto engine = std::make_unique<clsEmbeddedEngine>(player.name(), player.config().soulText(), this);
     engine->setMoveTime(clock_.movetimeMs);
     return engine;
   }

@@ -13,22 +13,16 @@
 
 #include "base/output.h"
 #include "base/random.h"
+#include "bench/bench_timing.h"
 #include "chess/book/book.h"
 #include "chess/book/book_file.h"
 #include "chess/book/pgn_file.h"
 
 using namespace kbuChess;
+using bench::median;
+using bench::secondsSince;
 
 namespace {
-
-double secondsSince(std::chrono::steady_clock::time_point start) {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
 
 int benchBuild(const std::string& file, int movesCount, int runs) {
   kobubase::clsOutBuffer out;

@@ -15,23 +15,17 @@
 #include <vector>
 
 #include "base/random.h"
+#include "bench/bench_timing.h"
 #include "chess/board/tables.h"
 #include "chess/book/book.h"
 #include "chess/driver/console.h"
 #include "chess/engine/engine.h"
 
 using namespace kbuChess;
+using bench::median;
+using bench::secondsSince;
 
 namespace {
-
-double secondsSince(std::chrono::steady_clock::time_point start) {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
 
 const char* const QUERY =
     "SELECT count(*), sum(games), avg(score), max(wins) FROM book_all WHERE score >= 500 AND games > 10";

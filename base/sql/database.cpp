@@ -51,8 +51,8 @@ clsDatabase::clsDatabase() {
   sqlite3_set_authorizer(db_, authorize, this);
 }
 
-// Refuses writes to the read-only tables: SQLite then fails the statement
-// with "not authorized".
+// Refuses writes to the read-only tables, and new tables or views of their
+// names: SQLite then fails the statement with "not authorized".
 int clsDatabase::authorize(void* self, int action, const char* a, const char* b, const char*, const char*) {
   const auto* db = static_cast<const clsDatabase*>(self);
   if (db->filling_) return SQLITE_OK;
@@ -62,6 +62,12 @@ int clsDatabase::authorize(void* self, int action, const char* a, const char* b,
     case SQLITE_UPDATE:
     case SQLITE_DELETE:
     case SQLITE_DROP_TABLE:
+    // A table or view of a system table's name would hide it.
+    case SQLITE_CREATE_TABLE:
+    case SQLITE_CREATE_TEMP_TABLE:
+    case SQLITE_CREATE_VIEW:
+    case SQLITE_CREATE_TEMP_VIEW:
+    case SQLITE_CREATE_VTABLE:
     case SQLITE_CREATE_INDEX: table = action == SQLITE_CREATE_INDEX ? b : a; break;
     case SQLITE_ALTER_TABLE: table = b; break;
     default: return SQLITE_OK;

@@ -6,6 +6,7 @@
 // interrupted, so no statement can leave the console stuck.
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
@@ -13,6 +14,8 @@
 struct sqlite3;
 
 namespace kobubase {
+
+class clsLiveTable;
 
 // One cell: NULL, integer, real or text.
 using SqlCell = std::variant<std::nullptr_t, std::int64_t, double, std::string>;
@@ -62,6 +65,10 @@ class clsDatabase {
   // The same from rows held in memory.
   bool replaceTable(const std::string& name, const std::vector<SqlColumn>& columns, const std::vector<SqlRow>& rows,
                     std::string& error);
+  // Makes the source a table of this name that every query reads in place
+  // (see live_table.h); the database keeps the source until it closes.
+  bool addLiveTable(const std::string& name, const std::vector<SqlColumn>& columns,
+                    std::unique_ptr<clsLiveTable> source, std::string& error);
   sqlite3* handle() { return db_; }
 
  private:

@@ -51,6 +51,7 @@ clsConsole::clsConsole(clsEngine& engine, clsBook& book, const kobubase::clsOpti
   kobubase::addGenericFunctions(interpreter_);
   addChessFunctions(interpreter_, engine_);
   addTableFunctions();
+  addBookAll();
   database_.setReadOnlyTables({"souls", "book", "book_all", "options", "games"});
 }
 

@@ -3,7 +3,7 @@
 // interpreter with the generic functions plus the chess ones (attack sets,
 // lines, the engine's position), and an in-memory database whose system
 // tables are filled from the program's state before each query that names
-// them:
+// them (book_all is read in place):
 //   souls      name, kind ('preset' or 'current'), v1..v21
 //   book       the book candidates of the current position: move, key, wins, losses, draws, games, score
 //   book_all   every position of the loaded book: key, wins, losses, draws, games, score
@@ -12,8 +12,8 @@
 //              file written by this process or loaded with "results"
 //   standings  name, games, points, score (%), draws (%) over games
 // Keys are 16 hexadecimal digits (they do not fit SQLite's signed integers).
-// The system tables are read-only to queries; book_all is copied again only
-// when the book has changed since the last copy.
+// The system tables are read-only to queries; book_all is not copied but
+// read from the book in place, so it is current and costs one scan.
 //
 // The driver owns one console for the whole run, so variables and attached
 // tables outlive leaving and entering the console. Every answer is a list of
@@ -53,11 +53,11 @@ class clsConsole {
 
  private:
   void addTableFunctions();
+  void addBookAll();
   // Refills the system tables the query names; problems get one line each.
   void refreshTables(const std::string& sql, std::vector<std::string>& problems);
   bool fillSouls(std::string& error);
   bool fillBook(std::string& error);
-  bool fillBookAll(std::string& error);
   bool fillOptions(std::string& error);
   bool fillGames(std::vector<std::string>& problems);
 
@@ -67,8 +67,6 @@ class clsConsole {
   kobubase::clsInterpreter interpreter_;
   kobubase::clsDatabase database_;
   std::vector<std::string> loadedResults_;  // earlier runs' files, loaded by the user
-  // A digest of the book as last copied into book_all: an unchanged book is not copied again.
-  std::uint64_t bookAllDigest_ = 0;
 };
 
 // Registers knight, king, pawn, bishop, rook, queen, between, line, fen and

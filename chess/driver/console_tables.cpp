@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <memory>
 
+#include "base/sql/live_table.h"
 #include "chess/book/book.h"
 #include "chess/driver/console.h"
 #include "chess/engine/engine.h"
@@ -66,15 +68,26 @@ SqlRow soulRow(const Soul& soul, const char* kind) {
   return row;
 }
 
-// Every record mixed in order; a changed count or key changes the digest.
-std::uint64_t bookDigest(const clsBook& book) {
-  std::uint64_t digest = 0x9E3779B97F4A7C15ull ^ book.count();
-  for (const BookRecord& r : book.records()) {
-    digest = (digest ^ r.key) * 0x100000001B3ull;
-    digest = (digest ^ (std::uint64_t{r.wins} << 40 ^ std::uint64_t{r.losses} << 20 ^ r.draws)) * 0x100000001B3ull;
+// book_all: the loaded book's records read in place at every query.
+class clsBookAllRows : public kobubase::clsLiveTable {
+ public:
+  explicit clsBookAllRows(const clsBook& book) : book_(book) {}
+  std::size_t rowCount() const override { return book_.count(); }
+  kobubase::SqlCell cell(std::size_t row, int column) const override {
+    const clsBookEntry entry(book_.at(row));
+    switch (column) {
+      case 0: return keyText(entry.key);
+      case 1: return std::int64_t{entry.wins};
+      case 2: return std::int64_t{entry.losses};
+      case 3: return std::int64_t{entry.draws};
+      case 4: return static_cast<std::int64_t>(entry.games());
+      default: return std::int64_t{entry.score()};
+    }
   }
-  return digest | 1;  // never 0, which stands for "not filled"
-}
+
+ private:
+  const clsBook& book_;
+};
 
 // "1 game", "3 games".
 std::string countText(std::size_t count, const char* noun) {
@@ -87,7 +100,6 @@ void clsConsole::refreshTables(const std::string& sql, std::vector<std::string>&
   std::string error;
   if (mentions(sql, "souls") && !fillSouls(error)) problems.push_back("souls: " + error);
   if (mentions(sql, "book") && !fillBook(error)) problems.push_back("book: " + error);
-  if (mentions(sql, "book_all") && !fillBookAll(error)) problems.push_back("book_all: " + error);
   if (mentions(sql, "options") && !fillOptions(error)) problems.push_back("options: " + error);
   if (mentions(sql, "games") || mentions(sql, "standings")) {
     if (fillGames(problems) && !database_.exec(STANDINGS_VIEW, error)) problems.push_back("standings: " + error);
@@ -117,25 +129,13 @@ bool clsConsole::fillBook(std::string& error) {
   return database_.replaceTable("book", columns, rows, error);
 }
 
-bool clsConsole::fillBookAll(std::string& error) {
-  const std::uint64_t digest = bookDigest(book_);
-  if (digest == bookAllDigest_) return true;
+void clsConsole::addBookAll() {
   std::vector<SqlColumn> columns{{"key", "TEXT"}};
   for (SqlColumn& column : countColumns()) columns.push_back(column);
-  std::size_t next = 0;
-  bookAllDigest_ = 0;
-  const bool filled = database_.replaceTable(
-      "book_all", columns,
-      [&](SqlRow& row) {
-        if (next == book_.count()) return false;
-        const clsBookEntry entry(book_.at(next++));
-        row.emplace_back(keyText(entry.key));
-        addCounts(row, entry);
-        return true;
-      },
-      error);
-  if (filled) bookAllDigest_ = digest;
-  return filled;
+  std::string error;
+  if (!database_.addLiveTable("book_all", columns, std::make_unique<clsBookAllRows>(book_), error)) {
+    engine_.output().print("# error: book_all: " + error);
+  }
 }
 
 bool clsConsole::fillOptions(std::string& error) {

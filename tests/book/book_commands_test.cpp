@@ -6,7 +6,7 @@
 #include "chess/book/book_file.h"
 
 using namespace kbuChess;
-using Lines = std::vector<std::string>;
+using bookTest::Lines;
 
 namespace {
 
@@ -17,6 +17,13 @@ class BookCommands : public ::testing::Test {
     bookTest::writeText(games + "/b.pgn", "1. e4 e5 1-0\n1. e4 c5 0-1\n");
     bookTest::writeText(games + "/a.PGN", "1. d4 d5 2. c4 1/2-1/2\n");
     bookTest::writeText(games + "/notes.txt", "1. h4 *\n");
+  }
+  // Writes a book of these records, quietly.
+  void saveRecords(const std::string& path, std::initializer_list<BookRecord> records) {
+    clsBook book;
+    for (const BookRecord& record : records) book.add(record);
+    ASSERT_TRUE(saveBook(book, path, 0, out));
+    out.lines();
   }
   bookTest::TempFolder folder;
   bookTest::Quiet out;
@@ -91,13 +98,8 @@ TEST_F(BookCommands, BuildBooksToANamedFileOrFromOneFile) {
 TEST_F(BookCommands, MergeBooksAddsEveryBookOfTheFolder) {
   const std::string books = folder.file("books");
   std::filesystem::create_directories(books);
-  clsBook one, two;
-  one.add(BookRecord{10, 1, 0, 0});
-  one.add(BookRecord{20, 1, 0, 0});
-  two.add(BookRecord{20, 0, 1, 0});
-  ASSERT_TRUE(saveBook(one, books + "/one.sbk", 0, out));
-  ASSERT_TRUE(saveBook(two, books + "/two.sbk", 0, out));
-  out.lines();
+  saveRecords(books + "/one.sbk", {{10, 1, 0, 0}, {20, 1, 0, 0}});
+  saveRecords(books + "/two.sbk", {{20, 0, 1, 0}});
   commandMergeBooks(books + " " + books + "/all.sbk", out);
   Lines lines = out.lines();
   ASSERT_EQ(lines.size(), 7u);
@@ -123,10 +125,7 @@ TEST_F(BookCommands, MergeBooksAddsEveryBookOfTheFolder) {
 TEST_F(BookCommands, ConvertedBooksAreTested) {
   const std::string books = folder.file("cv");
   std::filesystem::create_directories(books);
-  clsBook one;
-  one.add(BookRecord{10, 1, 2, 3});
-  ASSERT_TRUE(saveBook(one, books + "/one.sbk", 0, out));
-  out.lines();
+  saveRecords(books + "/one.sbk", {{10, 1, 2, 3}});
   commandCvBooks(books, out);
   const Lines lines = out.lines();
   EXPECT_EQ(lines.front(), "# reading book 1 of 1 : " + books + "/one.sbk");
@@ -139,10 +138,7 @@ TEST_F(BookCommands, StartupBookComesFromTheOptionOrBesideTheProgram) {
   kobubase::clsOptions options;
   loadStartupBook(book, options, folder.path.string(), out);
   EXPECT_TRUE(out.lines().empty());
-  clsBook one;
-  one.add(BookRecord{10, 1, 2, 3});
-  ASSERT_TRUE(saveBook(one, folder.file("talvena.sbk"), 0, out));
-  out.lines();
+  saveRecords(folder.file("talvena.sbk"), {{10, 1, 2, 3}});
   loadStartupBook(book, options, folder.path.string(), out);
   EXPECT_EQ(out.lines().back(), "# book " + folder.file("talvena.sbk") + " loaded with 1 positions");
   options.set("book", folder.file("other.sbk"));

@@ -1,8 +1,9 @@
 #pragma once
 // Helpers of the book tests: a private temporary folder, whole-file bytes and
 // an output sink that keeps its lines instead of printing them.
-#include <unistd.h>
+#include <stdlib.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -15,21 +16,20 @@
 namespace bookTest {
 
 using Bytes = std::vector<std::uint8_t>;
+using Lines = std::vector<std::string>;
 
 // A fresh folder under /tmp, removed with everything in it at the end.
 struct TempFolder {
-  std::filesystem::path path = std::filesystem::temp_directory_path() /
-                               ("talvena-book-" + std::to_string(::getpid()) + "-" + std::to_string(serial()++));
-  TempFolder() { std::filesystem::create_directories(path); }
+  std::filesystem::path path;
+  TempFolder() {
+    char name[] = "/tmp/talvena-book-XXXXXX";
+    path = ::mkdtemp(name);
+  }
   ~TempFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(path, ignored);
   }
   std::string file(const std::string& name) const { return (path / name).string(); }
-  static int& serial() {
-    static int next = 0;
-    return next;
-  }
 };
 
 inline Bytes readBytes(const std::string& path) {
@@ -45,40 +45,30 @@ inline void writeBytes(const std::string& path, const Bytes& bytes) {
   writeText(path, std::string(bytes.begin(), bytes.end()));
 }
 
-// What a terminal shows of a line whose parts are separated by carriage
-// returns: each part is written over the start of the line. Trailing blanks
-// are dropped.
-inline std::string onScreen(const std::string& line) {
-  std::string screen;
-  std::size_t at = 0;
-  for (const char c : line) {
-    if (c == '\r') {
-      at = 0;
-      continue;
-    }
-    if (at < screen.size())
-      screen[at] = c;
-    else
-      screen += c;
-    ++at;
-  }
-  while (!screen.empty() && screen.back() == ' ') screen.pop_back();
-  return screen;
+inline std::string withoutTrailingBlanks(const std::string& text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
 // The parts of a line between carriage returns, without trailing blanks.
-inline std::vector<std::string> parts(const std::string& line) {
-  std::vector<std::string> result(1);
-  for (const char c : line) {
-    if (c == '\r')
-      result.emplace_back();
-    else
-      result.back() += c;
-  }
-  for (std::string& part : result) {
-    while (!part.empty() && part.back() == ' ') part.pop_back();
+inline Lines parts(const std::string& line) {
+  Lines result;
+  for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + 1) {
+    end = line.find('\r', start);
+    result.push_back(withoutTrailingBlanks(line.substr(start, end - start)));
   }
   return result;
+}
+
+// What a terminal shows of such a line: each part is written over the start
+// of the line, so a shorter part must blank the tail of a longer one.
+inline std::string onScreen(const std::string& line) {
+  std::string screen;
+  for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + 1) {
+    end = line.find('\r', start);
+    const std::string part = line.substr(start, end - start);
+    screen.replace(0, std::min(part.size(), screen.size()), part);
+  }
+  return withoutTrailingBlanks(screen);
 }
 
 // An output sink that keeps its lines and prints nothing.
@@ -87,7 +77,7 @@ struct Quiet : kobubase::clsOutBuffer {
     setEcho(false);
     setKeep(true);
   }
-  std::vector<std::string> lines() { return takeAll(); }
+  Lines lines() { return takeAll(); }
 };
 
 }  // namespace bookTest

@@ -11,7 +11,9 @@
 
 namespace kbuChess::testing {
 
-inline u64 sq(const char* text) { return squareFromText(text); }
+inline u64 sq(const char* text) {
+  return squareFromText(text);
+}
 inline bool has(const std::vector<std::string>& moves, const std::string& move) {
   return std::find(moves.begin(), moves.end(), move) != moves.end();
 }

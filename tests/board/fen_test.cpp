@@ -19,10 +19,10 @@ TEST_F(FenTest, EmptyTextReadsTheStartPositionAndScoresAreFromTheSideToMove) {
 }
 
 TEST_F(FenTest, RoundTripsKeepBoardSideCastlingAndEnPassant) {
-  for (const char* fen : {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3",
-                          "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -",
-                          "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - -", "4k3/8/8/8/8/8/8/4K2R w K -",
-                          "r3k2r/8/8/8/8/8/8/R3K2R w Kq -"}) {
+  for (const char* fen :
+       {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3",
+        "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -", "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - -",
+        "4k3/8/8/8/8/8/8/4K2R w K -", "r3k2r/8/8/8/8/8/8/R3K2R w Kq -"}) {
     board.readFEN(fen);
     EXPECT_EQ(board.fen(), fen);
   }
@@ -57,19 +57,6 @@ TEST_F(FenTest, ClocksAndEpdOperations) {
   EXPECT_EQ(board.halfMoveClock(), 0);
   EXPECT_EQ(board.fullMoveNumber(), 1);
   EXPECT_EQ(board.epdOperations(), (std::vector<std::string>{"bm Qf7", "id \"mate.1\""}));
-}
-
-TEST_F(FenTest, BoardTextAndPrintBoard) {
-  board.readFEN("");
-  EXPECT_EQ(board.boardText().substr(0, 20), "rnbqkbnr\r\npppppppp\r\n");
-  EXPECT_EQ(board.boardText().size(), 80u);
-  EXPECT_EQ((std::string{board.pieceAt(sq("e1")), board.pieceAt(sq("e8")), board.pieceAt(sq("e4"))}), "Kk.");
-  board.printBoard();
-  const auto lines = board.output().takeAll();
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0], "#");
-  EXPECT_EQ(lines[1].substr(0, 10), "rnbqkbnr\r\n");
-  EXPECT_EQ(lines[1].substr(80), "# white value: 0.00 FEN: rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -");
 }
 
 }  // namespace

@@ -80,7 +80,8 @@ TEST_F(NotationTest, ReadingToleratesMarksAndRefusesWhatNoLegalMoveFits) {
   EXPECT_EQ(read("r1bqkbnr/pppp1ppp/2n5/4p2Q/2B1P3/8/PPPP1PPP/RNB1K1NR w KQkq -", "Qxf7"), "Qh5xPf7");
   // "exd5" names the file of the moving piece, whatever the piece.
   EXPECT_EQ(read("4k3/8/8/3p4/4Q3/8/8/4K3 w - -", "exd5"), "Qe4xPd5");
-  for (const char* text : {"e5", "d8", "  ", "N", "O-O"}) EXPECT_EQ(read("2r1k3/3P4/8/8/8/8/8/4K3 w - -", text), "none");
+  for (const char* text : {"e5", "d8", "  ", "N", "O-O"})
+    EXPECT_EQ(read("2r1k3/3P4/8/8/8/8/8/4K3 w - -", text), "none");
   EXPECT_EQ(clsBoard::sanPattern("Qh4xe1#"), "Qh4x?e1");
   EXPECT_EQ(clsBoard::sanPattern("exd8=N"), "Pe?x?d8=N");
   EXPECT_EQ(clsBoard::sanPattern("  "), "");

@@ -3,7 +3,6 @@
 // an output sink that keeps its lines instead of printing them.
 #include <stdlib.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -40,35 +39,15 @@ inline std::string readText(const std::string& path) {
   const Bytes bytes = readBytes(path);
   return std::string(bytes.begin(), bytes.end());
 }
-inline void writeText(const std::string& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
+inline void writeText(const std::string& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
 inline void writeBytes(const std::string& path, const Bytes& bytes) {
   writeText(path, std::string(bytes.begin(), bytes.end()));
 }
 
 inline std::string withoutTrailingBlanks(const std::string& text) {
   return text.substr(0, text.find_last_not_of(' ') + 1);
-}
-
-// The parts of a line between carriage returns, without trailing blanks.
-inline Lines parts(const std::string& line) {
-  Lines result;
-  for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + 1) {
-    end = line.find('\r', start);
-    result.push_back(withoutTrailingBlanks(line.substr(start, end - start)));
-  }
-  return result;
-}
-
-// What a terminal shows of such a line: each part is written over the start
-// of the line, so a shorter part must blank the tail of a longer one.
-inline std::string onScreen(const std::string& line) {
-  std::string screen;
-  for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + 1) {
-    end = line.find('\r', start);
-    const std::string part = line.substr(start, end - start);
-    screen.replace(0, std::min(part.size(), screen.size()), part);
-  }
-  return withoutTrailingBlanks(screen);
 }
 
 // An output sink that keeps its lines and prints nothing.

@@ -2,6 +2,7 @@
 // Helpers shared by the board tests.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -10,7 +11,12 @@
 
 namespace kbuChess::testing {
 
-inline u64 sq(const char* text) { return squareFromText(text); }
+inline u64 sq(const char* text) {
+  return squareFromText(text);
+}
+inline bool has(const std::vector<std::string>& moves, const std::string& move) {
+  return std::find(moves.begin(), moves.end(), move) != moves.end();
+}
 
 class BoardTest : public ::testing::Test {
  protected:
@@ -24,9 +30,9 @@ class BoardTest : public ::testing::Test {
     for (const Move* m = board.frame().first; m < board.frame().end; ++m) moves.push_back(clsBoard::moveText(m, true));
     return moves;
   }
-  std::vector<std::string> generated(const std::string& fen, int stage = -1) {
+  std::vector<std::string> generated(const std::string& fen) {
     board.readFEN(fen);
-    board.generate(stage);
+    board.generate(-1);
     return frameMoves();
   }
   std::vector<std::string> legal(const std::string& fen) {

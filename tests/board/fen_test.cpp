@@ -5,34 +5,35 @@ namespace {
 
 using FenTest = BoardTest;
 
-TEST_F(FenTest, EmptyTextReadsTheStartPositionAndWritesFourFields) {
+TEST_F(FenTest, EmptyTextReadsTheStartPositionAndScoresAreFromTheSideToMove) {
   board.readFEN("");
   EXPECT_EQ(board.fen(), "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -");
   EXPECT_EQ(board.position().pawnCount[WHITE], 8);
   EXPECT_EQ(board.position().pieceCount[BLACK], 8);
   EXPECT_EQ(board.position().score, 0);
   EXPECT_EQ(board.fullMoveNumber(), 1);
+  board.readFEN("4k3/8/8/8/8/8/8/3QK3 w - -");
+  EXPECT_EQ(board.position().score, 1000);
+  board.readFEN("4k3/8/8/8/8/8/8/3QK3 b - -");
+  EXPECT_EQ(board.position().score, -1000);
 }
 
 TEST_F(FenTest, RoundTripsKeepBoardSideCastlingAndEnPassant) {
-  for (const char* fen : {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3",
-                          "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -",
-                          "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - -", "4k3/8/8/8/8/8/8/4K2R w K -"}) {
+  for (const char* fen :
+       {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3",
+        "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -", "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - -",
+        "4k3/8/8/8/8/8/8/4K2R w K -", "r3k2r/8/8/8/8/8/8/R3K2R w Kq -"}) {
     board.readFEN(fen);
     EXPECT_EQ(board.fen(), fen);
   }
-  EXPECT_EQ(board.position().epSquare, 0u);
-  board.readFEN("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1");
-  EXPECT_EQ(board.position().epSquare, sq("e3"));
-}
-
-TEST_F(FenTest, CastlingFieldAddsHomeSquares) {
-  board.readFEN("r3k2r/8/8/8/8/8/8/R3K2R w Kq - 0 1");
+  // The castling field adds the home squares of king and rook.
   EXPECT_EQ(board.position().unmoved, sq("e1") | sq("h1") | sq("e8") | sq("a8"));
-  EXPECT_EQ(board.fen(), "r3k2r/8/8/8/8/8/8/R3K2R w Kq -");
+  EXPECT_EQ(board.position().epSquare, 0u);
   board.readFEN("r3k2r/8/8/8/8/8/8/R3K2R b - - 0 1");
   EXPECT_EQ(board.position().unmoved, 0u);
   EXPECT_EQ(board.position().side, 1u);
+  board.readFEN("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1");
+  EXPECT_EQ(board.position().epSquare, sq("e3"));
 }
 
 TEST_F(FenTest, AliasesAndQuirksOfTheBoardField) {
@@ -55,31 +56,7 @@ TEST_F(FenTest, ClocksAndEpdOperations) {
   board.readFEN("4k3/8/8/8/8/8/8/4KQ2 w - - bm Qf7; id \"mate.1\";");
   EXPECT_EQ(board.halfMoveClock(), 0);
   EXPECT_EQ(board.fullMoveNumber(), 1);
-  ASSERT_EQ(board.epdOperations().size(), 2u);
-  EXPECT_EQ(board.epdOperations()[0], "bm Qf7");
-  EXPECT_EQ(board.epdOperations()[1], "id \"mate.1\"");
-}
-
-TEST_F(FenTest, MaterialScoreIsFromTheSideToMove) {
-  board.readFEN("4k3/8/8/8/8/8/8/3QK3 w - -");
-  EXPECT_EQ(board.position().score, 1000);
-  board.readFEN("4k3/8/8/8/8/8/8/3QK3 b - -");
-  EXPECT_EQ(board.position().score, -1000);
-}
-
-TEST_F(FenTest, BoardTextAndPrintBoard) {
-  board.readFEN("");
-  EXPECT_EQ(board.boardText().substr(0, 20), "rnbqkbnr\r\npppppppp\r\n");
-  EXPECT_EQ(board.boardText().size(), 80u);
-  EXPECT_EQ(board.pieceAt(sq("e1")), 'K');
-  EXPECT_EQ(board.pieceAt(sq("e8")), 'k');
-  EXPECT_EQ(board.pieceAt(sq("e4")), '.');
-  board.printBoard();
-  const auto lines = board.output().takeAll();
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0], "#");
-  EXPECT_EQ(lines[1].substr(0, 10), "rnbqkbnr\r\n");
-  EXPECT_EQ(lines[1].substr(80), "# white value: 0.00 FEN: rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -");
+  EXPECT_EQ(board.epdOperations(), (std::vector<std::string>{"bm Qf7", "id \"mate.1\""}));
 }
 
 }  // namespace

@@ -5,19 +5,6 @@ namespace {
 
 using MakeTest = BoardTest;
 
-TEST_F(MakeTest, DoublePushSetsTheEnPassantSquareAndOtherMovesClearIt) {
-  board.readFEN("");
-  ASSERT_TRUE(play("e2e4"));
-  EXPECT_EQ(board.position().epSquare, sq("e3"));
-  EXPECT_EQ(board.position().side, 1u);
-  EXPECT_EQ(board.position().occupied, board.position().us() | board.position().them());
-  EXPECT_EQ(board.position().us() & sq("e7"), sq("e7"));
-  ASSERT_TRUE(play("g8f6"));
-  EXPECT_EQ(board.position().epSquare, 0u);
-  EXPECT_FALSE(play("e4e6"));
-  EXPECT_EQ(board.fen(), "rnbqkb1r/pppppppp/5n2/8/4P3/8/PPPP1PPP/RNBQKBNR w KQkq -");
-}
-
 TEST_F(MakeTest, CastlingMovesTheRookAndClearsOnlyTheKingSquares) {
   board.readFEN("r3k2r/8/8/8/8/8/8/R3K2R w KQkq -");
   board.setCastlingBonus(20);
@@ -66,13 +53,6 @@ TEST_F(MakeTest, PromotionLetters) {
   EXPECT_EQ(board.pieceAt(sq("a8")), 'B');
   EXPECT_EQ(board.position().pawnCount[WHITE], 0);
   EXPECT_EQ(board.position().pieceCount[WHITE], 2);
-}
-
-TEST_F(MakeTest, LegalFilterDropsMovesIntoCheck) {
-  board.readFEN("4k3/8/8/8/8/8/3r4/4K3 w - -");
-  EXPECT_EQ(board.generateLegal(), 2);  // Kxd2 and Kf1
-  EXPECT_FALSE(play("e1e2"));
-  EXPECT_TRUE(play("e1d2"));
 }
 
 TEST_F(MakeTest, KeysAgreeAcrossTranspositionsAndSeeCastlingRights) {

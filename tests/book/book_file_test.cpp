@@ -1,8 +1,9 @@
+#include "chess/book/book_file.h"
+
 #include <gtest/gtest.h>
 
 #include "book_test_util.h"
 #include "chess/book/book.h"
-#include "chess/book/book_file.h"
 
 using namespace kbuChess;
 using bookTest::Bytes;
@@ -43,7 +44,7 @@ TEST_F(BookFile, EmptyBookIsFiftyTwoBytes) {
   EXPECT_EQ(bookTest::readBytes(path), expected);
 }
 
-TEST_F(BookFile, RecordsAreVarintsAndLittleEndianKeys) {
+TEST_F(BookFile, RecordsAreVarintsAndLittleEndianKeysAndReloadToTheSameBytes) {
   clsBook book;
   book.add(BookRecord{0x0102030405060708ull, 200, 0, 1});
   book.add(BookRecord{0xF1F2F3F4F5F6F7F8ull, 128, 300, 0});
@@ -53,6 +54,10 @@ TEST_F(BookFile, RecordsAreVarintsAndLittleEndianKeys) {
                                    0x80, 0x01, 0xAC, 0x02, 0x00, 0xF8, 0xF7, 0xF6, 0xF5, 0xF4, 0xF3, 0xF2, 0xF1});
   expected.insert(expected.end(), TRAILER.begin(), TRAILER.end());
   EXPECT_EQ(bookTest::readBytes(path), expected);
+  clsBook loaded;
+  ASSERT_TRUE(loadBook(loaded, path, 0, out));
+  ASSERT_TRUE(saveBook(loaded, folder.file("again.sbk"), 0, out));
+  EXPECT_EQ(bookTest::readBytes(folder.file("again.sbk")), expected);
 }
 
 TEST_F(BookFile, SaveAndLoadLimitsDropRarePositionsAndRewriteTheCount) {
@@ -75,21 +80,7 @@ TEST_F(BookFile, SaveAndLoadLimitsDropRarePositionsAndRewriteTheCount) {
   }
 }
 
-TEST_F(BookFile, SaveLoadSaveGivesTheSameFileAndPrintsProgress) {
-  ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
-  out.lines();
-  clsBook loaded;
-  ASSERT_TRUE(loadBook(loaded, path, 0, out));
-  const std::vector<std::string> lines = out.lines();
-  ASSERT_EQ(lines.size(), 1u);
-  EXPECT_EQ(bookTest::parts(lines[0]), (std::vector<std::string>{"#     loading 3 positions", "# 0%", "# 33%", "# 66%", "# ok"}));
-  EXPECT_EQ(bookTest::onScreen(lines[0]), "# ok");
-  const std::string again = folder.file("again.sbk");
-  ASSERT_TRUE(saveBook(loaded, again, 0, out));
-  EXPECT_EQ(bookTest::readBytes(again), bookTest::readBytes(path));
-}
-
-TEST_F(BookFile, ForeignFilesAreRefusedAndTheBookKeptUnwritableOnesReported) {
+TEST_F(BookFile, ForeignAndMissingFilesAreRefusedAndTheBookKept) {
   ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
   const Bytes good = bookTest::readBytes(path);
   clsBook book;
@@ -103,8 +94,6 @@ TEST_F(BookFile, ForeignFilesAreRefusedAndTheBookKeptUnwritableOnesReported) {
   EXPECT_FALSE(loadBook(book, folder.file("missing.sbk"), 0, out));
   EXPECT_EQ(book.count(), 1u);
   EXPECT_TRUE(out.lines().empty());
-  EXPECT_FALSE(saveBook(threeBook(), folder.file("no/such/folder.sbk"), 0, out));
-  EXPECT_EQ(out.lines(), (std::vector<std::string>{"# error 2: No such file or directory"}));
 }
 
 TEST_F(BookFile, CutAtEveryLengthKeepsTheWholeRecordsRead) {
@@ -118,8 +107,8 @@ TEST_F(BookFile, CutAtEveryLengthKeepsTheWholeRecordsRead) {
     book.add(BookRecord{0x9999, 1, 1, 1});
     const bool loaded = loadBook(book, path, 0, out);
     EXPECT_EQ(loaded, length == good.size()) << length;
-    const std::size_t whole = static_cast<std::size_t>(std::count_if(
-        std::begin(recordEnds), std::end(recordEnds), [&](std::size_t end) { return length >= end; }));
+    const std::size_t whole = static_cast<std::size_t>(
+        std::count_if(std::begin(recordEnds), std::end(recordEnds), [&](std::size_t end) { return length >= end; }));
     const std::size_t newKeys = whole - (whole >= 2 ? 1 : 0);
     EXPECT_EQ(book.count(), 2 + newKeys) << length;
     EXPECT_TRUE(book.isSorted());
@@ -127,5 +116,7 @@ TEST_F(BookFile, CutAtEveryLengthKeepsTheWholeRecordsRead) {
     EXPECT_EQ(book.lookup(0x2222)->draws, whole >= 2 ? 8u : 7u) << length;
   }
   const std::vector<std::string> lines = out.lines();
-  EXPECT_EQ(bookTest::onScreen(lines[lines.size() - 2]), "# book " + path + " has no end mark");
+  const std::string progress =
+      "#     loading 3 positions\r# 0%                     \r# 33%                    \r# 66%                    \r";
+  EXPECT_EQ(lines[lines.size() - 2], progress + "# book " + path + " has no end mark");
 }

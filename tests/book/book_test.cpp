@@ -1,35 +1,56 @@
+#include "chess/book/book.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 
+#include "base/random.h"
+#include "book_test_util.h"
 #include "chess/board/board.h"
-#include "chess/book/book.h"
+#include "chess/book/book_commands.h"
 #include "chess/book/book_key.h"
+#include "chess/book/pgn_file.h"
 
 using namespace kbuChess;
 
 namespace {
 
-BookRecord record(u64 key, u32 wins = 0, u32 losses = 0, u32 draws = 0) { return BookRecord{key, wins, losses, draws}; }
+BookRecord record(u64 key, u32 wins = 0, u32 losses = 0, u32 draws = 0) {
+  return BookRecord{key, wins, losses, draws};
+}
+
+std::vector<clsBookEntryExt> oneGameEach(int count) {
+  std::vector<clsBookEntryExt> list;
+  for (int i = 0; i < count; ++i) list.emplace_back(record(static_cast<u64>(i), 1), std::to_string(i));
+  return list;
+}
+
+class BookProbe : public ::testing::Test {
+ protected:
+  BookProbe() {
+    // The book counts for the side to move in each stored position; candidates
+    // count for the side choosing them: after 1.e4, e5 won 1 of 3 games for
+    // Black (score 333), c5 won its game (1000), e6 was drawn (500).
+    clsPGNFile reader(out, 4);
+    reader.readText("1. e4 e5 1-0\n1. e4 e5 1-0\n1. e4 e5 0-1\n1. e4 c5 0-1\n1. e4 e6 1/2-1/2\n1. d4 0-1\n");
+    book.merge(reader.book());
+  }
+  bookTest::Quiet out;
+  clsBook book;
+  clsBoard engine;
+};
 
 }  // namespace
 
-TEST(BookEntry, KeysOrderByHighWordThenLowWordCandidatesByScore) {
+TEST(BookEntry, KeysOrderByHighWordThenLowWordScoresRoundDown) {
   clsBookEntry high(record(0x0000000200000000ull)), low(record(0x00000001FFFFFFFFull));
   EXPECT_TRUE(high.greater(low));
   EXPECT_FALSE(low.greater(high));
   clsBookEntry topBit(record(0x8000000000000000ull)), belowTopBit(record(0x7FFFFFFFFFFFFFFFull));
   EXPECT_TRUE(topBit.greater(belowTopBit));
   EXPECT_TRUE(high.equal(clsBookEntry(record(0x0000000200000000ull, 5, 5, 5))));
-  // Candidates compare by score, not by key.
-  const clsBookEntryExt allWon(record(1, 2, 0, 0), "e2e4"), halfWon(record(99, 1, 1, 0), "d2d4");
-  EXPECT_EQ(allWon.score(), 1000);
-  EXPECT_EQ(halfWon.score(), 500);
-  EXPECT_TRUE(allWon.greater(halfWon));
-  EXPECT_FALSE(halfWon.greater(allWon));
-  EXPECT_TRUE(halfWon.equal(clsBookEntryExt(record(7, 0, 0, 3), "g1f3")));
   EXPECT_EQ(clsBookEntry(record(1, 200, 0, 1)).score(), 997);  // (400 + 1) * 500 / 201
-  EXPECT_EQ(clsBookEntry(record(1, 3, 1, 0)).played(), 2u);
   EXPECT_EQ(clsBookEntry(record(1)).score(), 0);
 }
 
@@ -52,7 +73,7 @@ TEST(Book, FindPlaceAgreesWithLowerBoundForEverySize) {
   }
 }
 
-TEST(Book, AddAddManyAndMergeSumEqualKeysAndKeepOrder) {
+TEST(Book, AddAndAddManySumEqualKeysAndKeepOrder) {
   clsBook book;
   for (u64 key : {50ull, 10ull, 30ull, 10ull, 0xFFFFFFFF00000000ull, 30ull}) book.add(record(key, 1, 2, 3));
   ASSERT_EQ(book.count(), 4u);
@@ -63,18 +84,13 @@ TEST(Book, AddAddManyAndMergeSumEqualKeysAndKeepOrder) {
   EXPECT_EQ(book.lookup(11), nullptr);
   EXPECT_EQ(book.at(3).key, 0xFFFFFFFF00000000ull);
 
-  clsBook a, b;
+  // Merging books is checked through the merge command.
+  clsBook many;
   std::vector<BookRecord> list{record(5, 1), record(3, 0, 1), record(5, 0, 0, 1), record(9, 1)};
-  a.addMany(list);
-  ASSERT_EQ(a.count(), 3u);
-  b.add(record(9, 0, 4));
-  b.add(record(1, 2));
-  a.merge(b);
-  ASSERT_EQ(a.count(), 4u);
-  EXPECT_TRUE(a.isSorted());
-  EXPECT_EQ(a.lookup(9)->wins, 1u);
-  EXPECT_EQ(a.lookup(9)->losses, 4u);
-  EXPECT_EQ(a.lookup(5)->draws, 1u);
+  many.addMany(list);
+  ASSERT_EQ(many.count(), 3u);
+  EXPECT_TRUE(many.isSorted());
+  EXPECT_EQ(many.lookup(5)->wins + many.lookup(5)->draws, 2u);
 }
 
 TEST(BookKey, IsFixedAcrossRunsAndFollowsTheWholeState) {
@@ -99,4 +115,45 @@ TEST(BookKey, IsFixedAcrossRunsAndFollowsTheWholeState) {
   EXPECT_NE(bookKey(board.position()), withPassant);
   board.readFEN("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1");
   EXPECT_EQ(bookKey(board.position()), withPassant);
+}
+
+TEST_F(BookProbe, BkAndListBookShowTheCandidatesSortedByScore) {
+  commandBk(book, engine, out);
+  EXPECT_EQ(out.lines(), (std::vector<std::string>{" best book move: e2e4\n\n"}));  // e4 500, d4 0
+  ASSERT_TRUE(engine.readCoordinateMove("e2e4"));
+  const Position before = engine.position();
+  const PlyFrame* frameBefore = engine.currentFrame();
+  commandListBook(book, engine, out);  // sorted by score, and the board left as found
+  EXPECT_EQ(std::memcmp(&before, &engine.position(), sizeof before), 0);
+  EXPECT_EQ(engine.currentFrame(), frameBefore);
+  EXPECT_EQ(out.lines(), (std::vector<std::string>{"# e7e5  wins 1 losses 2 draws 0 score 333",
+                                                   "# e7e6  wins 0 losses 0 draws 1 score 500",
+                                                   "# c7c5  wins 1 losses 0 draws 0 score 1000 <--- best entry"}));
+  ASSERT_TRUE(engine.readCoordinateMove("e7e6"));
+  commandBk(book, engine, out);
+  commandListBook(book, engine, out);
+  EXPECT_EQ(out.lines(), (std::vector<std::string>{" no book moves found\n\n", "# no book moves found"}));
+}
+
+TEST_F(BookProbe, BookMoveChoosesACandidate) {
+  Move chosen{};
+  ASSERT_TRUE(engine.readCoordinateMove("d2d4"));
+  EXPECT_FALSE(book.bookMove(engine, chosen));
+  engine.readFEN(clsBoard::START_FEN);
+  kobubase::seedRandom(1, 2);
+  ASSERT_TRUE(book.bookMove(engine, chosen));
+  const std::string text = clsBoard::moveText(&chosen, false);
+  EXPECT_TRUE(text == "e2e4" || text == "d2d4") << text;
+}
+
+TEST(BookChoice, RareCandidatesAreCut) {
+  std::vector<clsBookEntryExt> list = oneGameEach(1);
+  EXPECT_EQ(clsBook::cutRareCandidates(list), 1u);
+  list = oneGameEach(20);  // each 1/20 = 0.05
+  EXPECT_EQ(clsBook::cutRareCandidates(list), 20u);
+  list = oneGameEach(60);  // each about 0.0167
+  EXPECT_EQ(clsBook::cutRareCandidates(list), 0u);
+  list = {clsBookEntryExt(BookRecord{1, 5000, 0, 5000}, "common"), clsBookEntryExt(BookRecord{2, 1, 0, 0}, "rare")};
+  ASSERT_EQ(clsBook::cutRareCandidates(list), 1u);  // 1/101 is below 0.02
+  EXPECT_EQ(list[0].move, "common");
 }

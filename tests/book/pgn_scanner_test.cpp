@@ -1,9 +1,9 @@
+#include "chess/book/pgn_scanner.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
 #include <random>
-
-#include "chess/book/pgn_scanner.h"
 
 using namespace kbuChess;
 
@@ -31,17 +31,23 @@ struct Recorder : clsPGNListener {
   void onProblem(const std::string& line) override { events.push_back(line); }
 };
 
-std::vector<std::string> scan(const std::string& text, std::size_t piece = 0, std::size_t movesWanted = 1000) {
+std::vector<std::string> events(const std::string& text, std::size_t piece = 0, std::size_t movesWanted = 1000) {
   Recorder recorder;
   recorder.movesWanted = movesWanted;
   clsPGNScanner scanner(recorder);
   if (piece == 0) piece = text.size() + 1;
-  for (std::size_t at = 0; at < text.size(); at += piece) scanner.feed(text.data() + at, std::min(piece, text.size() - at));
+  for (std::size_t at = 0; at < text.size(); at += piece)
+    scanner.feed(text.data() + at, std::min(piece, text.size() - at));
   scanner.finish();
   return recorder.events;
 }
 
-using Events = std::vector<std::string>;
+// The events joined by " | ".
+std::string scan(const std::string& text, std::size_t piece = 0, std::size_t movesWanted = 1000) {
+  std::string joined;
+  for (const std::string& event : events(text, piece, movesWanted)) joined += (joined.empty() ? "" : " | ") + event;
+  return joined;
+}
 
 const std::string ANNOTATED =
     "% an escape line with [brackets] and {braces}\n"
@@ -54,8 +60,9 @@ const std::string ANNOTATED =
 }  // namespace
 
 TEST(PgnScanner, SkipsEverythingButTheMainLine) {
-  const Events expected{"start 1", "tag Event=Club \"open\" [A]", "tag Result=1-0", "e4", "e5", "Nf3", "Nc6",
-                        "Bb5+", "a6", "Nf6", "O-O", "e8=Q+", "end 1-0"};
+  const std::string expected =
+      "start 1 | tag Event=Club \"open\" [A] | tag Result=1-0 | e4 | e5 | Nf3 | Nc6 | Bb5+ | a6 | Nf6 | O-O | e8=Q+ | "
+      "end 1-0";
   EXPECT_EQ(scan(ANNOTATED), expected);
   for (std::size_t piece : {1, 2, 3, 7, 64}) EXPECT_EQ(scan(ANNOTATED, piece), expected) << piece;
 }
@@ -66,40 +73,35 @@ TEST(PgnScanner, SplitsGamesAtResultsAndAtTheNextTags) {
       "1. c4 1/2-1/2 1. b3 *\n"
       "[Result \"1-0\"]\n1. f4 e5\n"    // no result token: the next tag ends the game
       "[Result \"1/2-1/2\"]\n1. g3\n";  // nor here: the end of the text does
-  const Events expected{"start 1", "tag Result=0-1", "d4", "d5", "end 0-1",   "start 2", "c4",
-                        "end 1/2-1/2", "start 3", "b3", "end *", "start 4", "tag Result=1-0", "f4",
-                        "e5", "end 1-0", "start 5", "tag Result=1/2-1/2", "g3", "end 1/2-1/2"};
-  EXPECT_EQ(scan(text), expected);
+  EXPECT_EQ(scan(text),
+            "start 1 | tag Result=0-1 | d4 | d5 | end 0-1 | start 2 | c4 | end 1/2-1/2 | start 3 | b3 | end * | "
+            "start 4 | tag Result=1-0 | f4 | e5 | end 1-0 | start 5 | tag Result=1/2-1/2 | g3 | end 1/2-1/2");
 }
 
 TEST(PgnScanner, StopsHandingOutMovesWhenAskedUntilTheNextGame) {
   EXPECT_EQ(scan("1. e4 e5 2. Nf3 1-0 1. d4 d5 0-1", 0, 2),
-            (Events{"start 1", "e4", "e5", "end 1-0", "start 2", "d4", "d5", "end 0-1"}));
+            "start 1 | e4 | e5 | end 1-0 | start 2 | d4 | d5 | end 0-1");
 }
 
 TEST(PgnScanner, ReportsUnterminatedPartsAndGoesOn) {
   EXPECT_EQ(scan("1. e4 (1. d4 d5\n[Event \"x\"]\n1. c4 *"),
-            (Events{"start 1", "e4", "# game 1: unterminated variation", "end *", "start 2", "tag Event=x", "c4",
-                    "end *"}));
-  EXPECT_EQ(scan("1. e4 { never closed 1-0\n"),
-            (Events{"start 1", "e4", "# game 1: unterminated comment", "end *"}));
-  EXPECT_EQ(scan("[Event \"cut\n1. e4 *"),
-            (Events{"start 1", "# game 1: malformed tag pair", "e4", "end *"}));
-  EXPECT_EQ(scan("1. e4 e5 2. Nf"), (Events{"start 1", "e4", "e5", "Nf", "end *"}));
+            "start 1 | e4 | # game 1: unterminated variation | end * | start 2 | tag Event=x | c4 | end *");
+  EXPECT_EQ(scan("1. e4 { never closed 1-0\n"), "start 1 | e4 | # game 1: unterminated comment | end *");
+  EXPECT_EQ(scan("[Event \"cut\n1. e4 *"), "start 1 | # game 1: malformed tag pair | e4 | end *");
+  EXPECT_EQ(scan("1. e4 e5 2. Nf"), "start 1 | e4 | e5 | Nf | end *");
 }
 
 TEST(PgnScanner, LongLinesAndTokensAreCutNotStored) {
   std::string text = "[Event \"" + std::string(100000, 'v') + "\"]\n1. e4 " + std::string(10 << 20, 'a') + " *\n";
-  const Events events = scan(text, clsPGNScanner::READ_BUFFER_BYTES);
-  ASSERT_EQ(events.size(), 5u);
-  EXPECT_EQ(events[1].size(), 4 + 6 + clsPGNScanner::TAG_VALUE_CHARS);
-  EXPECT_EQ(events[3], std::string(clsPGNScanner::TOKEN_CHARS, 'a'));
+  const std::vector<std::string> seen = events(text, clsPGNScanner::READ_BUFFER_BYTES);
+  ASSERT_EQ(seen.size(), 5u);
+  EXPECT_EQ(seen[1].size(), 4 + 6 + clsPGNScanner::TAG_VALUE_CHARS);
+  EXPECT_EQ(seen[3], std::string(clsPGNScanner::TOKEN_CHARS, 'a'));
 }
 
 TEST(PgnScanner, RandomBytesNeitherCrashNorHang) {
   std::mt19937 random(7);
   std::string text(1 << 20, '\0');
   for (char& c : text) c = static_cast<char>(random());
-  const Events events = scan(text, 4096);
-  EXPECT_FALSE(events.empty());
+  EXPECT_FALSE(events(text, 4096).empty());
 }

@@ -11,18 +11,16 @@
 namespace kbuChess {
 namespace {
 
-const char* const ODD_POSITIONS[] = {
-    "8/8/8/8/8/8/8/8 w - - 0 1",
-    "8/8/8/8/8/8/8/8 b - - 0 1",
-    "8/8/8/3k4/8/8/8/8 w - - 0 1",
-    "8/8/8/3K4/8/8/8/8 w - - 0 1",
-    "4k3/8/8/8/8/8/8/R7 w - - 0 1",
-    "KKKKKKKK/KKKKKKKK/KKKKKKKK/KKKKKKKK/KKKKKKKK/8/8/8 w KQkq - 0 1",
-    "kkkkkkkk/8/8/8/8/8/8/KKKKKKKK b - - 0 1",
-    "PPPPPPPP/pppppppp/8/8/8/8/PPPPPPPP/pppppppp w - - 0 1",
-    "QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/8/8/qqqqqqqq/qqqqqqqq/qqqqqqqq w - - 0 1",
-    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
-};
+const char* const ODD_POSITIONS[] = {"8/8/8/8/8/8/8/8 w - - 0 1",
+                                     "8/8/8/8/8/8/8/8 b - - 0 1",
+                                     "8/8/8/3k4/8/8/8/8 w - - 0 1",
+                                     "8/8/8/3K4/8/8/8/8 w - - 0 1",
+                                     "4k3/8/8/8/8/8/8/R7 w - - 0 1",
+                                     "KKKKKKKK/KKKKKKKK/KKKKKKKK/KKKKKKKK/KKKKKKKK/8/8/8 w KQkq - 0 1",
+                                     "kkkkkkkk/8/8/8/8/8/8/KKKKKKKK b - - 0 1",
+                                     "PPPPPPPP/pppppppp/8/8/8/8/PPPPPPPP/pppppppp w - - 0 1",
+                                     "QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/8/8/qqqqqqqq/qqqqqqqq/qqqqqqqq w - - 0 1",
+                                     clsBoard::START_FEN};
 
 void searchAndEvaluate(clsEngine& engine, const std::string& fen) {
   engine.readFEN(fen);

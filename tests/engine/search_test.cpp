@@ -17,17 +17,9 @@ std::unique_ptr<clsEngine> quietEngine(const kobubase::clsOptions& options = {})
   return engine;
 }
 
-// Whether the move is one of the legal moves of the engine's position.
-bool isLegal(clsEngine& engine, const Move& move) {
-  engine.resetFrames();
-  engine.generateLegal();
-  for (const Move* m = engine.frame().first; m < engine.frame().end; ++m) {
-    if (move.isMove() && m->sameMove(move)) return true;
-  }
-  return false;
+std::string text(const Move& move) {
+  return clsBoard::moveText(&move, false);
 }
-
-std::string text(const Move& move) { return clsBoard::moveText(&move, false); }
 
 TEST(Evaluate, WeighsTheStartPositionAndLoneKings) {
   auto engine = quietEngine();
@@ -39,8 +31,8 @@ TEST(Evaluate, WeighsTheStartPositionAndLoneKings) {
   // With the kings adjacent and a bishop on a marked square the corners are h1 and a8.
   engine->readFEN("7k/6K1/8/8/8/8/8/B6R w - - 0 1");
   EXPECT_EQ(engine->evaluate(), 5 + 5 + 5);
-  for (const char* drawn : {"7k/8/6K1/8/8/8/8/8 w - - 0 1", "7k/8/6K1/8/8/8/8/B7 w - - 0 1",
-                            "7k/8/6K1/8/8/8/8/NN6 w - - 0 1"}) {
+  for (const char* drawn :
+       {"7k/8/6K1/8/8/8/8/8 w - - 0 1", "7k/8/6K1/8/8/8/8/B7 w - - 0 1", "7k/8/6K1/8/8/8/8/NN6 w - - 0 1"}) {
     engine->readFEN(drawn);
     EXPECT_EQ(engine->evaluate(), clsEngine::DRAW_SCORE) << drawn;
   }
@@ -102,10 +94,10 @@ TEST(Search, FixedDepthFiveRunsOneIteration) {
   direct->setSinglePass(true);
   direct->think();
   EXPECT_EQ(direct->searchNodes(), nodes);
-  EXPECT_TRUE(isLegal(*engine, engine->bestMove()));
   EXPECT_EQ(engine->statisticsText(1000),
             "# 1000 ms " + std::to_string(nodes / 1000) + " Knps, TT hits: 0 0.00%, Rept.Hits: 0");
   EXPECT_EQ(engine->statisticsText(0), "# , TT hits: 0 0.00%, Rept.Hits: 0");
+  EXPECT_TRUE(engine->readCoordinateMove(text(engine->bestMove())));  // a legal move
 }
 
 TEST(Search, RefutedRootMovesNeverBecomeBest) {
@@ -132,7 +124,7 @@ TEST(Search, RandomModePlaysALegalMoveAfterTwoPlies) {
   auto engine = quietEngine(options);
   engine->think();
   EXPECT_EQ(engine->iterationDepth(), 2);
-  EXPECT_TRUE(isLegal(*engine, engine->bestMove()));
+  EXPECT_TRUE(engine->readCoordinateMove(text(engine->bestMove())));  // a legal move
 
   // Accepting every move plays the best-scored one.
   options.set("-proportional", "100");
@@ -143,7 +135,8 @@ TEST(Search, RandomModePlaysALegalMoveAfterTwoPlies) {
 
   // The acceptance percentage: 60 without a value, else held within 0 and 100
   // (a negative one would otherwise accept every move).
-  for (auto [value, percent] : {std::pair{"", 60}, {"-5", 0}, {"35", 35}, {"250", 100}, {"99999999999999999999", 100}}) {
+  for (auto [value, percent] :
+       {std::pair{"", 60}, {"-5", 0}, {"35", 35}, {"250", 100}, {"99999999999999999999", 100}}) {
     options.set("-proportional", value);
     EXPECT_EQ(clsEngine::acceptPercent(options), percent) << value;
   }

@@ -34,35 +34,33 @@ TEST(Soul, ParsesFieldsAtSingleSpaces) {
   EXPECT_EQ(parseSoul("Z=1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22").values[20], 21);
 }
 
-TEST(Soul, SelectsPresetsByExactName) {
-  auto engine = std::make_unique<clsEngine>();
-  EXPECT_EQ(engine->soulName(), "Simple5");
-  EXPECT_EQ(engine->soulValues(), SIMPLE5);
-  EXPECT_EQ(engine->castlingBonus(), 20);
-
-  engine->selectSoul("Mass161");
-  EXPECT_EQ(engine->soulName(), "Mass161");
-  EXPECT_EQ(engine->castlingBonus(), 18);
-  engine->selectSoul("simple5");  // case matters: no match, nothing changes
-  engine->selectSoul("Nobody");
-  engine->selectSoul("");  // no options: the fallback matches no preset either
-  EXPECT_EQ(engine->soulName(), "Mass161");
-  EXPECT_EQ(engine->soulValues(), MASS161);
-  engine->selectSoul("Simple5");
-  EXPECT_EQ(engine->soulValues(), SIMPLE5);
-  EXPECT_EQ(engine->soulValuesText(), "7\t20\t2\t20\t4\t1\t5\t2\t5\t8\t1\t8\t10\t10\t20\t5\t1\t5\t10\t5\t10\t");
-}
-
-TEST(Soul, EmptyNameFallsBackToRuntimeThenCommandOption) {
+TEST(Soul, SelectsPresetsByExactNameAnEmptyNameFromTheOptions) {
   kobubase::clsOptions options;
   options.set("-soul", "BattleField");
   auto engine = std::make_unique<clsEngine>(options);
+  EXPECT_EQ(engine->soulName(), "Simple5");
+  EXPECT_EQ(engine->soulValues(), SIMPLE5);
+  EXPECT_EQ(engine->castlingBonus(), 20);
+  engine->selectSoul("Mass161");
+  EXPECT_EQ(engine->castlingBonus(), 18);
+  engine->selectSoul("simple5");  // case matters: no match, nothing changes
+  engine->selectSoul("Nobody");
+  EXPECT_EQ(engine->soulName(), "Mass161");
+  EXPECT_EQ(engine->soulValues(), MASS161);
+  engine->selectSoul("Simple5");
+  EXPECT_EQ(engine->soulValuesText(), "7\t20\t2\t20\t4\t1\t5\t2\t5\t8\t1\t8\t10\t10\t20\t5\t1\t5\t10\t5\t10\t");
+  // An empty name takes the runtime option, else the command line's.
   engine->selectSoul("");
   EXPECT_EQ(engine->soulName(), "BattleField");
   EXPECT_EQ(engine->castlingBonus(), 103);
   engine->runtimeOptions().set("soul", "Manticore617");
   engine->selectSoul("");
   EXPECT_EQ(engine->soulName(), "Manticore617");
+  // Without either option the fallback matches no preset: nothing changes.
+  auto plain = std::make_unique<clsEngine>();
+  plain->selectSoul("Mass161");
+  plain->selectSoul("");
+  EXPECT_EQ(plain->soulName(), "Mass161");
 }
 
 TEST(Soul, BreedingCopiesTheDrawnRangeWithRareMutations) {

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <memory>
 #include <string>
 
 #include "chess/engine/engine.h"
+#include "chess/engine/engine_share.h"
 #include "chess/engine/search_control.h"
 
 namespace kbuChess {
@@ -51,6 +53,27 @@ TEST(EngineThread, BoardsBuiltDuringASearchKeepTheKeys) {
   engine.stop();
   clsBoard after;
   EXPECT_EQ(after.positionKey(), startKey);
+}
+
+// The resident memory of this process in KiB, from /proc.
+long residentKiB() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmRSS:", 0) == 0) return std::stol(line.substr(6));
+  }
+  return -1;
+}
+
+// The table the search threads share must not be written when it is sized: a
+// table nothing has read yet costs address space, not memory.
+TEST(EngineShare, LargeTableIsNotTouchedWhenSized) {
+  const long before = residentKiB();
+  ASSERT_GT(before, 0);
+  clsEngineShare share;
+  share.sizeTable(512);
+  ASSERT_EQ(share.entryCount(), 512u * 32768u);
+  EXPECT_LT(residentKiB() - before, 64 * 1024);
+  EXPECT_EQ(share.entryFor(12345)->key, 0u);
 }
 
 // The control of a timed search: the deadline stops the engine, and the move

@@ -1,9 +1,10 @@
+#include "chess/engine/time_control.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
 
 #include "base/text.h"
-#include "chess/engine/time_control.h"
 
 namespace {
 
@@ -29,7 +30,7 @@ TEST(TimeControlTest, BudgetKeepsMarginAndSharesTheRest) {
   EXPECT_EQ(thinkBudget(90, 0, 0), 2);   // 90 / 40, no margin at 100 ms or less
   EXPECT_EQ(thinkBudget(100, 0, 0), 2);
   EXPECT_EQ(thinkBudget(300000, 0, 0), 7498);
-  EXPECT_EQ(thinkBudget(300000, 40, 0), 7141);   // 299950 / 42
+  EXPECT_EQ(thinkBudget(300000, 40, 0), 7141);    // 299950 / 42
   EXPECT_EQ(thinkBudget(300000, 40, 39), 99983);  // 299950 / 3
   EXPECT_EQ(thinkBudget(10000, 2, 7), 9950);      // shrunken period: never divides by 0 or less
   EXPECT_EQ(thinkBudget(-400, 0, 0), -10);

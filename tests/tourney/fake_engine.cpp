@@ -5,15 +5,13 @@
 //   fake_engine xboard|uci [option...]
 //     log=FILE      append every line received to FILE
 //     ping          (xboard) declare "feature ping=1 done=1"
-//     stalepong     answer "ping N" with "pong N-1"
-//     noready       xboard: "feature done=0" and never done=1; UCI: no "uciok"
+//     noready       (UCI) never send "uciok" nor "readyok"
 //     silent        never move
 //     crash=N       end with exit code 3 when asked for move N+1
 //     illegal       answer every move request with a2a5
 //     claim=TEXT    answer move requests with the line TEXT (xboard: a result
 //                   such as "1-0 {claim}"; "resign" resigns)
 //     garbage       send a garbage line and a 100 KB line before each move
-//     ponder        (UCI) add " ponder e7e5" to each bestmove
 //     ignorequit    stay alive after "quit"
 #include <unistd.h>
 
@@ -32,8 +30,7 @@ namespace {
 struct Script {
   bool uci = false;
   std::string log;
-  bool ping = false, stalePong = false, noReady = false, silent = false, illegal = false;
-  bool garbage = false, ponder = false, ignoreQuit = false;
+  bool ping = false, noReady = false, silent = false, illegal = false, garbage = false, ignoreQuit = false;
   int crashAfter = -1;
   std::string claim;
 };
@@ -48,12 +45,10 @@ Script readScript(int argc, char** argv) {
     if (option.rfind("crash=", 0) == 0) script.crashAfter = std::atoi(value.c_str());
     if (option.rfind("claim=", 0) == 0) script.claim = value;
     script.ping |= option == "ping";
-    script.stalePong |= option == "stalepong";
     script.noReady |= option == "noready";
     script.silent |= option == "silent";
     script.illegal |= option == "illegal";
     script.garbage |= option == "garbage";
-    script.ponder |= option == "ponder";
     script.ignoreQuit |= option == "ignorequit";
   }
   return script;
@@ -83,24 +78,19 @@ class FakeEngine {
  private:
   void xboardCommand(const std::string& command, std::istringstream& words, const std::string& line) {
     if (command == "protover") {
-      say(script_.noReady ? "feature myname=\"fake\" done=0"
-                          : std::string("feature myname=\"fake\" ping=") + (script_.ping ? "1" : "0") + " done=1");
+      say(std::string("feature myname=\"fake\" ping=") + (script_.ping ? "1" : "0") + " done=1");
     } else if (command == "ping") {
-      int number = 0;
+      std::string number;
       words >> number;
-      say("pong " + std::to_string(script_.stalePong ? number - 1 : number));
+      say("pong " + number);
     } else if (command == "new") {
       board_.readFEN(kbuChess::clsBoard::START_FEN);
       ownSide_ = 1;
     } else if (command == "go") {
       ownSide_ = static_cast<int>(board_.position().side);
       answer(false);
-    } else if (command == "xboard" || command == "post" || command == "level" || command == "time" ||
-               command == "otim" || command == "hard" || command == "force") {
-    } else if (board_.readCoordinateMove(line)) {
+    } else if (board_.readCoordinateMove(line)) {  // other commands and unplayable moves are ignored
       if (static_cast<int>(board_.position().side) == ownSide_) answer(false);
-    } else {
-      say("Error (unknown command): " + line);
     }
   }
 
@@ -141,7 +131,7 @@ class FakeEngine {
     ++moves_;
     if (!uci) return say("move " + move);
     say("info depth 1 score cp 0 pv " + move);
-    say("bestmove " + move + (script_.ponder ? " ponder e7e5" : ""));
+    say("bestmove " + move);
   }
 
   Script script_;

@@ -148,6 +148,7 @@ TEST(AdapterTest, UciCommandSequenceAsBlack) {
   clsScripted engine(UCI);
   engine.Init();
   EXPECT_EQ(engine.takeSent(), Lines{"uci"});
+  EXPECT_FALSE(engine.ready());
   engine.reply("uciok");
   ASSERT_TRUE(engine.Prepare(1, 60000, 1500));
   EXPECT_EQ(engine.takeSent(), (Lines{"ucinewgame", "position startpos", "isready"}));

@@ -13,46 +13,34 @@
 //                   such as "1-0 {claim}"; "resign" resigns)
 //     garbage       send a garbage line and a 100 KB line before each move
 //     ignorequit    stay alive after "quit"
-#include <unistd.h>
-
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "chess/board/board.h"
 #include "chess/board/tables.h"
 
 namespace {
 
+// The options after the protocol's name.
 struct Script {
   bool uci = false;
-  std::string log;
-  bool ping = false, noReady = false, silent = false, illegal = false, garbage = false, ignoreQuit = false;
-  int crashAfter = -1;
-  std::string claim;
-};
+  std::vector<std::string> options;
 
-Script readScript(int argc, char** argv) {
-  Script script;
-  script.uci = argc > 1 && std::string(argv[1]) == "uci";
-  for (int i = 2; i < argc; ++i) {
-    const std::string option = argv[i];
-    const std::string value = option.substr(option.find('=') + 1);
-    if (option.rfind("log=", 0) == 0) script.log = value;
-    if (option.rfind("crash=", 0) == 0) script.crashAfter = std::atoi(value.c_str());
-    if (option.rfind("claim=", 0) == 0) script.claim = value;
-    script.ping |= option == "ping";
-    script.noReady |= option == "noready";
-    script.silent |= option == "silent";
-    script.illegal |= option == "illegal";
-    script.garbage |= option == "garbage";
-    script.ignoreQuit |= option == "ignorequit";
+  bool has(const std::string& flag) const { return std::find(options.begin(), options.end(), flag) != options.end(); }
+  // The text after "key=", empty without the option.
+  std::string value(const std::string& key) const {
+    for (const std::string& option : options) {
+      if (option.rfind(key + "=", 0) == 0) return option.substr(key.size() + 1);
+    }
+    return "";
   }
-  return script;
-}
+};
 
 void say(const std::string& line) {
   std::fwrite(line.data(), 1, line.size(), stdout);
@@ -66,11 +54,11 @@ class FakeEngine {
 
   // Handles one received line; false ends the program.
   bool handle(const std::string& line) {
-    if (!script_.log.empty()) std::ofstream(script_.log, std::ios::app) << line << '\n';
+    if (!script_.value("log").empty()) std::ofstream(script_.value("log"), std::ios::app) << line << '\n';
     std::istringstream words(line);
     std::string command;
     words >> command;
-    if (command == "quit") return script_.ignoreQuit;
+    if (command == "quit") return script_.has("ignorequit");
     script_.uci ? uciCommand(command, words) : xboardCommand(command, words, line);
     return true;
   }
@@ -78,7 +66,7 @@ class FakeEngine {
  private:
   void xboardCommand(const std::string& command, std::istringstream& words, const std::string& line) {
     if (command == "protover") {
-      say(std::string("feature myname=\"fake\" ping=") + (script_.ping ? "1" : "0") + " done=1");
+      say(std::string("feature myname=\"fake\" ping=") + (script_.has("ping") ? "1" : "0") + " done=1");
     } else if (command == "ping") {
       std::string number;
       words >> number;
@@ -97,9 +85,9 @@ class FakeEngine {
   void uciCommand(const std::string& command, std::istringstream& words) {
     if (command == "uci") {
       say("id name fake");
-      if (!script_.noReady) say("uciok");
+      if (!script_.has("noready")) say("uciok");
     } else if (command == "isready") {
-      if (!script_.noReady) say("readyok");
+      if (!script_.has("noready")) say("readyok");
     } else if (command == "position") {
       board_.readFEN(kbuChess::clsBoard::START_FEN);
       for (std::string word; words >> word;) {
@@ -112,15 +100,16 @@ class FakeEngine {
 
   // The reply to a move request, as the script wants it.
   void answer(bool uci) {
-    if (script_.silent) return;
-    if (script_.crashAfter >= 0 && moves_ >= script_.crashAfter) std::exit(3);
-    if (script_.garbage) {
+    if (script_.has("silent")) return;
+    const std::string crash = script_.value("crash");
+    if (!crash.empty() && moves_ >= std::atoi(crash.c_str())) std::exit(3);
+    if (script_.has("garbage")) {
       say("\x01\x7f garbage \xff\xfe line");
       say(std::string(100 * 1024, 'g'));
     }
-    if (!script_.claim.empty()) return say(script_.claim);
+    if (!script_.value("claim").empty()) return say(script_.value("claim"));
     std::string move = "a2a5";
-    if (!script_.illegal) {
+    if (!script_.has("illegal")) {
       board_.resetFrames();
       const int count = board_.generateLegal();
       if (count <= 0) return;
@@ -144,7 +133,7 @@ class FakeEngine {
 
 int main(int argc, char** argv) {
   kbuChess::initTables();
-  FakeEngine engine(readScript(argc, argv));
+  FakeEngine engine(Script{argc > 1 && std::string(argv[1]) == "uci", {argv + std::min(argc, 2), argv + argc}});
   for (std::string line; std::getline(std::cin, line);) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (!engine.handle(line)) return 0;

@@ -5,59 +5,42 @@
 //   fake_engine xboard|uci [option...]
 //     log=FILE      append every line received to FILE
 //     ping          (xboard) declare "feature ping=1 done=1"
-//     stalepong     answer "ping N" with "pong N-1"
-//     noready       xboard: "feature done=0" and never done=1; UCI: no "uciok"
+//     noready       (UCI) never send "uciok" nor "readyok"
 //     silent        never move
 //     crash=N       end with exit code 3 when asked for move N+1
 //     illegal       answer every move request with a2a5
 //     claim=TEXT    answer move requests with the line TEXT (xboard: a result
 //                   such as "1-0 {claim}"; "resign" resigns)
 //     garbage       send a garbage line and a 100 KB line before each move
-//     ponder        (UCI) add " ponder e7e5" to each bestmove
 //     ignorequit    stay alive after "quit"
-#include <unistd.h>
-
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "chess/board/board.h"
 #include "chess/board/tables.h"
 
 namespace {
 
+// The options after the protocol's name.
 struct Script {
   bool uci = false;
-  std::string log;
-  bool ping = false, stalePong = false, noReady = false, silent = false, illegal = false;
-  bool garbage = false, ponder = false, ignoreQuit = false;
-  int crashAfter = -1;
-  std::string claim;
-};
+  std::vector<std::string> options;
 
-Script readScript(int argc, char** argv) {
-  Script script;
-  script.uci = argc > 1 && std::string(argv[1]) == "uci";
-  for (int i = 2; i < argc; ++i) {
-    const std::string option = argv[i];
-    const std::string value = option.substr(option.find('=') + 1);
-    if (option.rfind("log=", 0) == 0) script.log = value;
-    if (option.rfind("crash=", 0) == 0) script.crashAfter = std::atoi(value.c_str());
-    if (option.rfind("claim=", 0) == 0) script.claim = value;
-    script.ping |= option == "ping";
-    script.stalePong |= option == "stalepong";
-    script.noReady |= option == "noready";
-    script.silent |= option == "silent";
-    script.illegal |= option == "illegal";
-    script.garbage |= option == "garbage";
-    script.ponder |= option == "ponder";
-    script.ignoreQuit |= option == "ignorequit";
+  bool has(const std::string& flag) const { return std::find(options.begin(), options.end(), flag) != options.end(); }
+  // The text after "key=", empty without the option.
+  std::string value(const std::string& key) const {
+    for (const std::string& option : options) {
+      if (option.rfind(key + "=", 0) == 0) return option.substr(key.size() + 1);
+    }
+    return "";
   }
-  return script;
-}
+};
 
 void say(const std::string& line) {
   std::fwrite(line.data(), 1, line.size(), stdout);
@@ -71,11 +54,11 @@ class FakeEngine {
 
   // Handles one received line; false ends the program.
   bool handle(const std::string& line) {
-    if (!script_.log.empty()) std::ofstream(script_.log, std::ios::app) << line << '\n';
+    if (!script_.value("log").empty()) std::ofstream(script_.value("log"), std::ios::app) << line << '\n';
     std::istringstream words(line);
     std::string command;
     words >> command;
-    if (command == "quit") return script_.ignoreQuit;
+    if (command == "quit") return script_.has("ignorequit");
     script_.uci ? uciCommand(command, words) : xboardCommand(command, words, line);
     return true;
   }
@@ -83,33 +66,28 @@ class FakeEngine {
  private:
   void xboardCommand(const std::string& command, std::istringstream& words, const std::string& line) {
     if (command == "protover") {
-      say(script_.noReady ? "feature myname=\"fake\" done=0"
-                          : std::string("feature myname=\"fake\" ping=") + (script_.ping ? "1" : "0") + " done=1");
+      say(std::string("feature myname=\"fake\" ping=") + (script_.has("ping") ? "1" : "0") + " done=1");
     } else if (command == "ping") {
-      int number = 0;
+      std::string number;
       words >> number;
-      say("pong " + std::to_string(script_.stalePong ? number - 1 : number));
+      say("pong " + number);
     } else if (command == "new") {
       board_.readFEN(kbuChess::clsBoard::START_FEN);
       ownSide_ = 1;
     } else if (command == "go") {
       ownSide_ = static_cast<int>(board_.position().side);
       answer(false);
-    } else if (command == "xboard" || command == "post" || command == "level" || command == "time" ||
-               command == "otim" || command == "hard" || command == "force") {
-    } else if (board_.readCoordinateMove(line)) {
+    } else if (board_.readCoordinateMove(line)) {  // other commands and unplayable moves are ignored
       if (static_cast<int>(board_.position().side) == ownSide_) answer(false);
-    } else {
-      say("Error (unknown command): " + line);
     }
   }
 
   void uciCommand(const std::string& command, std::istringstream& words) {
     if (command == "uci") {
       say("id name fake");
-      if (!script_.noReady) say("uciok");
+      if (!script_.has("noready")) say("uciok");
     } else if (command == "isready") {
-      if (!script_.noReady) say("readyok");
+      if (!script_.has("noready")) say("readyok");
     } else if (command == "position") {
       board_.readFEN(kbuChess::clsBoard::START_FEN);
       for (std::string word; words >> word;) {
@@ -122,15 +100,16 @@ class FakeEngine {
 
   // The reply to a move request, as the script wants it.
   void answer(bool uci) {
-    if (script_.silent) return;
-    if (script_.crashAfter >= 0 && moves_ >= script_.crashAfter) std::exit(3);
-    if (script_.garbage) {
+    if (script_.has("silent")) return;
+    const std::string crash = script_.value("crash");
+    if (!crash.empty() && moves_ >= std::atoi(crash.c_str())) std::exit(3);
+    if (script_.has("garbage")) {
       say("\x01\x7f garbage \xff\xfe line");
       say(std::string(100 * 1024, 'g'));
     }
-    if (!script_.claim.empty()) return say(script_.claim);
+    if (!script_.value("claim").empty()) return say(script_.value("claim"));
     std::string move = "a2a5";
-    if (!script_.illegal) {
+    if (!script_.has("illegal")) {
       board_.resetFrames();
       const int count = board_.generateLegal();
       if (count <= 0) return;
@@ -141,7 +120,7 @@ class FakeEngine {
     ++moves_;
     if (!uci) return say("move " + move);
     say("info depth 1 score cp 0 pv " + move);
-    say("bestmove " + move + (script_.ponder ? " ponder e7e5" : ""));
+    say("bestmove " + move);
   }
 
   Script script_;
@@ -154,7 +133,7 @@ class FakeEngine {
 
 int main(int argc, char** argv) {
   kbuChess::initTables();
-  FakeEngine engine(readScript(argc, argv));
+  FakeEngine engine(Script{argc > 1 && std::string(argv[1]) == "uci", {argv + std::min(argc, 2), argv + argc}});
   for (std::string line; std::getline(std::cin, line);) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (!engine.handle(line)) return 0;

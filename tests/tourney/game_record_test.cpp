@@ -46,13 +46,9 @@ TEST(GameRecordTest, ResultAndReasonTextsFollowTheirPrecedence) {
 }
 
 TEST(GameRecordTest, CodesForClaimsLossesAndBoardEnds) {
-  EXPECT_EQ(claimCode("1/2-1/2"), 0x0200u);
-  EXPECT_EQ(claimCode("1-0"), 0x0006u);
-  EXPECT_EQ(claimCode("0-1"), 0x000Au);
-  EXPECT_EQ(claimCode("?"), 0x0001u);
-  EXPECT_EQ(claimCode("*"), 0x8000u);
-  EXPECT_EQ(claimCode("1-0 "), 0u);
-  EXPECT_EQ(claimCode(""), 0u);
+  const std::pair<const char*, std::uint32_t> claims[] = {
+      {"1/2-1/2", 0x0200}, {"1-0", 0x0006}, {"0-1", 0x000A}, {"?", 0x0001}, {"*", 0x8000}, {"1-0 ", 0}, {"", 0}};
+  for (const auto& [text, code] : claims) EXPECT_EQ(claimCode(text), code) << text;
 
   EXPECT_EQ(lossCode(WHITE, rc::FORFEIT), 0x002Au);
   EXPECT_EQ(lossCode(BLACK, rc::FORFEIT), 0x0026u);

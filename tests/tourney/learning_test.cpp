@@ -1,20 +1,18 @@
 #include "chess/tourney/learning.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <fstream>
 #include <map>
 #include <mutex>
 #include <regex>
 #include <set>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
 #include "chess/board/tables.h"
 #include "chess/book/book_key.h"
+#include "tests/tourney/tourney_test_util.h"
 
 namespace kbuChess {
 namespace {
@@ -57,12 +55,7 @@ class clsCountingOpenings : public clsOpenings {
   }
 };
 
-std::string fileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
+using tourney_test::readText;
 
 class LearningTest : public testing::Test {
  protected:
@@ -76,14 +69,7 @@ class LearningTest : public testing::Test {
     settings.msPerMove = 7;
     settings.maxMoves = 9;
   }
-  void TearDown() override {
-    for (const std::string& p : paths) std::remove(p.c_str());
-  }
-  std::string path(const std::string& name) {
-    paths.push_back(testing::TempDir() + "learning-" + name + "." + std::to_string(::getpid()) + ".souls");
-    std::remove(paths.back().c_str());
-    return paths.back();
-  }
+  std::string path(const std::string& name) { return folder.file(name + ".souls"); }
   int learn(clsFakeGames& games, const LearningSettings& s) {
     clsLearning learning(s, games, openings, out);
     games.learning = &learning;
@@ -93,16 +79,15 @@ class LearningTest : public testing::Test {
   kobubase::clsOutBuffer out;
   clsCountingOpenings openings;
   LearningSettings settings;
-  std::vector<std::string> paths;
+  tourney_test::TempFolder folder{"learning"};
 };
 
 TEST_F(LearningTest, FirstGenerationFromPresetsRanksByScore) {
   clsFakeGames games;
   EXPECT_EQ(learn(games, settings), 1);
   // 70 beats all, 8 beats the two 7s, the two 7s draw; ties keep preset order.
-  EXPECT_EQ(fileBytes(settings.file), "# generation 1 games 12 scores 12 8 2 2\n" + std::string(SOUL_PRESETS[0]) +
-                                          "\n" + SOUL_PRESETS[3] + "\n" + SOUL_PRESETS[1] + "\n" + SOUL_PRESETS[2] +
-                                          "\n");
+  EXPECT_EQ(readText(settings.file), "# generation 1 games 12 scores 12 8 2 2\n" + std::string(SOUL_PRESETS[0]) + "\n" +
+                                         SOUL_PRESETS[3] + "\n" + SOUL_PRESETS[1] + "\n" + SOUL_PRESETS[2] + "\n");
   const std::vector<std::string> lines = out.takeAll();
   ASSERT_EQ(lines.size(), 3u);
   EXPECT_EQ(lines[0], "# soul file " + settings.file + " not found, starting from the presets");
@@ -131,7 +116,7 @@ TEST_F(LearningTest, TheBetterHalfSurvivesAndBreedsFillTheRest) {
   settings.generations = 2;
   settings.enginesCount = 6;
   EXPECT_EQ(learn(games, settings), 2);
-  const SoulFile file = parseSoulFile(fileBytes(settings.file), "f");
+  const SoulFile file = parseSoulFile(readText(settings.file), "f");
   ASSERT_EQ(file.generations.size(), 2u);
   const SoulGeneration& first = file.generations[0];
   const SoulGeneration& second = file.generations[1];
@@ -173,10 +158,10 @@ TEST_F(LearningTest, SameSeedSameFileWhateverTheThreads) {
   EXPECT_EQ(learn(g1, settings), 4);
   EXPECT_EQ(learn(g2, other), 4);
   EXPECT_EQ(learn(g3, reseeded), 4);
-  const std::string bytes = fileBytes(settings.file);
+  const std::string bytes = readText(settings.file);
   EXPECT_EQ(parseSoulFile(bytes, "f").lastNumber(), 4);
-  EXPECT_EQ(bytes, fileBytes(other.file));
-  EXPECT_NE(bytes, fileBytes(reseeded.file));
+  EXPECT_EQ(bytes, readText(other.file));
+  EXPECT_NE(bytes, readText(reseeded.file));
 }
 
 TEST_F(LearningTest, InterruptedRunKeepsTheLastGenerationAndResumes) {
@@ -191,7 +176,7 @@ TEST_F(LearningTest, InterruptedRunKeepsTheLastGenerationAndResumes) {
   clsFakeGames broken;
   broken.throwAt = 15;  // the third game of generation 2
   EXPECT_EQ(learn(broken, settings), 1);
-  EXPECT_EQ(fileBytes(settings.file), fileBytes(reference.file));
+  EXPECT_EQ(readText(settings.file), readText(reference.file));
   std::vector<std::string> lines = out.takeAll();
   ASSERT_FALSE(lines.empty());
   EXPECT_EQ(lines.back(), "# learning stopped in generation 2: runner broke; the soul file keeps generation 1");
@@ -199,7 +184,7 @@ TEST_F(LearningTest, InterruptedRunKeepsTheLastGenerationAndResumes) {
   clsFakeGames stopping;
   stopping.stopAt = 3;
   EXPECT_EQ(learn(stopping, settings), 0);
-  EXPECT_EQ(fileBytes(settings.file), fileBytes(reference.file));
+  EXPECT_EQ(readText(settings.file), readText(reference.file));
   lines = out.takeAll();
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[0], "# soul file " + settings.file + " holds generation 1, continuing");
@@ -208,10 +193,10 @@ TEST_F(LearningTest, InterruptedRunKeepsTheLastGenerationAndResumes) {
   clsFakeGames good;
   settings.generations = 1;
   EXPECT_EQ(learn(good, settings), 1);
-  const SoulFile file = parseSoulFile(fileBytes(settings.file), "f");
+  const SoulFile file = parseSoulFile(readText(settings.file), "f");
   EXPECT_EQ(file.lastNumber(), 2);
   EXPECT_EQ(file.generations.size(), 2u);
-  EXPECT_EQ(soulFileText(SoulFile{{file.generations[0]}, {}}), fileBytes(reference.file));
+  EXPECT_EQ(soulFileText(SoulFile{{file.generations[0]}, {}}), readText(reference.file));
 }
 
 TEST_F(LearningTest, HandWrittenSoulsPlayFirstAndBadLinesAreSkipped) {
@@ -227,7 +212,7 @@ TEST_F(LearningTest, HandWrittenSoulsPlayFirstAndBadLinesAreSkipped) {
   const std::vector<std::string> lines = out.takeAll();
   ASSERT_FALSE(lines.empty());
   EXPECT_EQ(lines[0], "# soul file " + settings.file + " line 2: a soul needs 21 values, found 3");
-  const SoulFile file = parseSoulFile(fileBytes(settings.file), "f");
+  const SoulFile file = parseSoulFile(readText(settings.file), "f");
   ASSERT_EQ(file.generations.size(), 1u);  // the unplayed list became generation 1
   EXPECT_EQ(file.last().number, 1);
   std::set<std::string> names;
@@ -237,7 +222,7 @@ TEST_F(LearningTest, HandWrittenSoulsPlayFirstAndBadLinesAreSkipped) {
 }
 
 TEST_F(LearningTest, AnUnreadableFileIsLeftAlone) {
-  settings.file = testing::TempDir();  // a folder
+  settings.file = folder.path();
   clsFakeGames games;
   EXPECT_EQ(learn(games, settings), 0);
   EXPECT_TRUE(games.games.empty());
@@ -248,7 +233,7 @@ TEST_F(LearningTest, GivenPlayersAreTheFirstGeneration) {
   clsFakeGames games;
   clsLearning learning(settings, games, openings, out);
   EXPECT_EQ(learning.run({parseSoul("P=3"), parseSoul("Q=4")}), 1);
-  EXPECT_EQ(fileBytes(settings.file),
+  EXPECT_EQ(readText(settings.file),
             "# generation 1 games 2 scores 4 0\n"
             "Q=4 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n"
             "P=3 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n");

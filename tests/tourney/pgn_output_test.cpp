@@ -4,102 +4,69 @@
 #include "chess/tourney/pgn_output.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <cctype>
-#include <cstdio>
-#include <filesystem>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
 #include "chess/book/pgn_file.h"
+#include "tests/tourney/tourney_test_util.h"
 
 namespace kbuChess {
 namespace {
 
-using Lines = std::vector<std::string>;
-using Tags = std::vector<clsGame::Tag>;
+using tourney_test::Lines;
+using tourney_test::readText;
 
 const char* const PGN_EXTRACT = "/usr/games/pgn-extract";
-
-class TempFolder {
- public:
-  TempFolder() {
-    char pattern[] = "/tmp/talvena-pgn-XXXXXX";
-    path_ = ::mkdtemp(pattern);
-  }
-  ~TempFolder() { std::filesystem::remove_all(path_); }
-  std::string file(const std::string& name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
-};
-
-std::string readText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 TourneyConfig blitzConfig() {
   TourneyConfig config;
   config.name = "blitz";
-  config.movesPerSecond = 0;
   config.gameMs = 60000;
   config.incrementMs = 500;
-  config.pgnHeaders = {{"Site", "Home"}, {"Annotator", "lab"}};
+  config.pgnHeaders = {{"Annotator", "lab"}, {"Site", "Home"}};
   return config;
 }
 
-// A game played through the board as the game loop plays it.
+// A game as the game loop records it, with the moves as an engine sends them (e2e4, e7e8q).
 struct PlayedGame {
   clsGame game;
-  Lines coordinates;  // as an engine sends them: e2e4, e7e8q
+  Lines coordinates;
 };
 
-// Plays the coordinate moves and ends the game from the board's state.
-void playMoves(PlayedGame& played, clsBoard& board, const Lines& moves) {
+// Plays the moves given, or random legal ones from the seed when none are,
+// into a game holding the round's tags, until the board or the repetition
+// rule ends it; 400 plies are adjudicated a draw.
+PlayedGame playGame(clsBoard& board, const clsGame& tagged, const Lines& moves, std::uint64_t seed = 0) {
+  PlayedGame played{tagged, {}};
   board.readFEN(clsBoard::START_FEN);
-  played.game.reset();
   played.game.addPosition(repetitionKey(board.position()));
-  for (const std::string& move : moves) {
-    std::string san;
-    ASSERT_TRUE(playCoordinateMove(board, move, san)) << move;
-    const int mover = static_cast<int>(board.position().side ^ 1);
+  for (std::size_t ply = 0; moves.empty() ? ply < 400 : ply < moves.size(); ++ply) {
+    std::string move = moves.empty() ? "" : moves[ply], san;
+    if (moves.empty()) {
+      const int count = board.generateLegal();
+      seed = seed * 6364136223846793005ull + 1442695040888963407ull;
+      move = clsBoard::moveText(&board.frame().first[(seed >> 33) % static_cast<std::uint64_t>(count)], false);
+      if (move.size() == 6) move.erase(4, 1);  // e7e8=q -> e7e8q
+    }
+    EXPECT_TRUE(playCoordinateMove(board, move, san)) << move;
     played.game.addMove(san);
     played.coordinates.push_back(move);
     if (played.game.addPosition(repetitionKey(board.position()))) {
       played.game.setResult(rc::DRAW | rc::REPETITION);
-      return;
+      break;
     }
-    const std::uint32_t end = gameEndCode(gameEnd(board), mover);
+    const std::uint32_t end = gameEndCode(gameEnd(board), static_cast<int>(board.position().side ^ 1));
     if (end) {
       played.game.setResult(end);
-      return;
+      break;
     }
   }
-}
-
-// Random legal moves from a seed until the game ends or `maxPlies` are played.
-Lines randomGameMoves(clsBoard& board, std::uint64_t seed, int maxPlies) {
-  board.readFEN(clsBoard::START_FEN);
-  Lines moves;
-  clsGame scratch;
-  scratch.addPosition(repetitionKey(board.position()));
-  for (int ply = 0; ply < maxPlies; ++ply) {
-    const int count = board.generateLegal();
-    if (count == 0) break;
-    seed = seed * 6364136223846793005ull + 1442695040888963407ull;
-    const Move move = board.frame().first[(seed >> 33) % static_cast<std::uint64_t>(count)];
-    std::string text = clsBoard::moveText(&move, false);
-    if (text.size() == 6) text.erase(4, 1);  // e7e8=q -> e7e8q
-    moves.push_back(text);
-    board.playRecord(move);
-    if (scratch.addPosition(repetitionKey(board.position())) || gameEnd(board) != GameEnd::None) break;
-  }
-  return moves;
+  if (played.game.undecided()) played.game.setResult(rc::ADJUDICATION | rc::DRAW);
+  return played;
 }
 
 TEST(PgnOutputTest, TimeControlMixesSecondsAndMilliseconds) {
@@ -111,53 +78,15 @@ TEST(PgnOutputTest, TimeControlMixesSecondsAndMilliseconds) {
   EXPECT_EQ(softwareTag(), "Talvena 3.0.23 - https://talvena.org");
 }
 
-TEST(PgnOutputTest, RoundTagsComeInTheirOrderAndAreRebuiltEachRound) {
-  TourneyConfig config = blitzConfig();
-  config.pgnHeaders = {{"Annotator", "lab"}, {"Site", "Home"}};
-  clsGame game;
-  setRoundTags(game, config, 3, 1, 7, "Simple5", "Mass161");
-  const Tags round1{{"Event", "blitz"},
-                    {"Site", "Home"},
-                    {"Date", ""},
-                    {"Round", "1"},
-                    {"KobuRound", "3:1:7"},
-                    {"KobuSoftware", "Talvena 3.0.23 - https://talvena.org"},
-                    {"KobuTimeControl", "0:60000:500"},
-                    {"TimeControl", "60+500"},
-                    {"White", "Simple5"},
-                    {"Black", "Mass161"},
-                    {"Result", "*"},
-                    {"Annotator", "lab"}};
-  EXPECT_EQ(game.tags(), round1);
-  game.setTag("Forfeit_ms", "60001>60000");
-  game.setResult(0x002A);
-  setRoundTags(game, config, 3, 2, 7, "Simple5", "Mass161");
-  Tags round2 = round1;
-  round2[3].second = "2";
-  round2[4].second = "3:2:7";
-  EXPECT_EQ(game.tags(), round2);
-
-  std::tm day{};
-  day.tm_year = 2026 - 1900;
-  day.tm_mon = 10;
-  day.tm_mday = 23;
-  day.tm_hour = 12;
-  const std::time_t when = std::mktime(&day);
-  EXPECT_EQ(pgnDate(when), "2026.11.23");
-  setPlayDate(game, config, when);
-  EXPECT_EQ(game.tags()[2], (clsGame::Tag{"Date", "2026.11.23"}));
-  // A date from the file's header is kept.
-  config.pgnHeaders.emplace_back("Date", "2020.01.01");
-  setRoundTags(game, config, 1, 1, 1, "A", "B");
-  setPlayDate(game, config, when);
-  EXPECT_EQ(game.tag("Date"), "2020.01.01");
-}
-
+// The round's tags come in their fixed order whatever the order of the
+// file's header tags, and are rebuilt for each round without the last
+// game's result and extra tags.
 TEST(PgnOutputTest, TextOfAGameIsExact) {
   auto board = std::make_unique<clsBoard>();
-  PlayedGame played;
-  setRoundTags(played.game, blitzConfig(), 3, 2, 7, "Simple5", "Fair \"Max\"");
-  playMoves(played, *board, {"f2f3", "e7e5", "g2g4", "d8h4"});
+  const TourneyConfig config = blitzConfig();
+  clsGame fresh;
+  setRoundTags(fresh, config, 3, 2, 7, "Simple5", "Fair \"Max\"");
+  PlayedGame played = playGame(*board, fresh, {"f2f3", "e7e5", "g2g4", "d8h4"});
   EXPECT_EQ(played.game.result(), 0x001Au);
   EXPECT_EQ(pgnText(played.game),
             "[Event \"blitz\"]\r\n"
@@ -176,6 +105,9 @@ TEST(PgnOutputTest, TextOfAGameIsExact) {
             "\r\n"
             "1. f3 e5 2. g4 Qh4# 0-1\r\n"
             "\r\n");
+  played.game.setTag("Forfeit_ms", "60001>60000");
+  setRoundTags(played.game, config, 3, 2, 7, "Simple5", "Fair \"Max\"");
+  EXPECT_EQ(played.game.tags(), fresh.tags());
 
   // A game that did not end: "*" after the moves whatever the result tag says.
   clsGame open;
@@ -190,6 +122,25 @@ TEST(PgnOutputTest, TextOfAGameIsExact) {
   EXPECT_EQ(pgnText(empty), "[Result \"1/2-1/2\"]\r\n[Reason \"50 moves\"]\r\n\r\n1/2-1/2\r\n\r\n");
 }
 
+TEST(PgnOutputTest, DateIsTheDayOfPlayUnlessTheFileGivesOne) {
+  TourneyConfig config = blitzConfig();
+  clsGame game;
+  setRoundTags(game, config, 1, 1, 1, "A", "B");
+  std::tm day{};
+  day.tm_year = 2026 - 1900;
+  day.tm_mon = 10;
+  day.tm_mday = 23;
+  day.tm_hour = 12;
+  const std::time_t when = std::mktime(&day);
+  EXPECT_EQ(pgnDate(when), "2026.11.23");
+  setPlayDate(game, config, when);
+  EXPECT_EQ(game.tags()[2], (clsGame::Tag{"Date", "2026.11.23"}));
+  config.pgnHeaders.emplace_back("Date", "2020.01.01");
+  setRoundTags(game, config, 1, 1, 1, "A", "B");
+  setPlayDate(game, config, when);
+  EXPECT_EQ(game.tag("Date"), "2020.01.01");
+}
+
 TEST(PgnOutputTest, FilesAreNamedAppendedAndWritten) {
   TourneyConfig config = blitzConfig();
   EXPECT_EQ(gameFileBase(config, 3, 12), "blitz-3-12");
@@ -198,7 +149,7 @@ TEST(PgnOutputTest, FilesAreNamedAppendedAndWritten) {
   config.name = "";
   EXPECT_EQ(gameFileBase(config, 1, 2), "logs/tourney-1-2");
 
-  TempFolder folder;
+  tourney_test::TempFolder folder("pgn-files");
   const std::string base = folder.file("deep/er/blitz-1-1");
   clsGame game;
   game.setTag("Event", "blitz");
@@ -222,22 +173,20 @@ TEST(PgnOutputTest, FilesAreNamedAppendedAndWritten) {
 TEST(PgnOutputTest, PlayedGamesAreReadBackByPgnExtractAndOurReader) {
   ASSERT_EQ(::access(PGN_EXTRACT, X_OK), 0) << "pgn-extract is needed: apt-get install pgn-extract";
   auto board = std::make_unique<clsBoard>();
-  TempFolder folder;
+  tourney_test::TempFolder folder("pgn-random");
   const std::string base = folder.file("random-1-1");
-  std::vector<PlayedGame> games(41);
+  std::vector<PlayedGame> games;
   std::string ends;
-  for (std::size_t i = 0; i < games.size(); ++i) {
-    TourneyConfig config = blitzConfig();
-    config.name = "random";
-    setRoundTags(games[i].game, config, 1, 1, static_cast<int>(i + 1), "Simple5", "Mass161");
-    setPlayDate(games[i].game, config, std::time(nullptr));
-    Lines moves = randomGameMoves(*board, i * 7919 + 13, 400);
-    if (i == 0) {  // knights out and back until the position after g1f3 stands a fourth time
-      moves.clear();
-      for (int cycle = 0; cycle < 4; ++cycle) moves.insert(moves.end(), {"g1f3", "g8f6", "f3g1", "f6g8"});
-    }
-    playMoves(games[i], *board, moves);
-    if (games[i].game.undecided()) games[i].game.setResult(rc::ADJUDICATION | rc::DRAW);
+  TourneyConfig config = blitzConfig();
+  config.name = "random";
+  // Knights out and back until the position after g1f3 stands a fourth time.
+  Lines knights;
+  for (int cycle = 0; cycle < 4; ++cycle) knights.insert(knights.end(), {"g1f3", "g8f6", "f3g1", "f6g8"});
+  for (std::uint64_t i = 0; i < 41; ++i) {
+    clsGame tagged;
+    setRoundTags(tagged, config, 1, 1, static_cast<int>(i + 1), "Simple5", "Mass161");
+    setPlayDate(tagged, config, std::time(nullptr));
+    games.push_back(playGame(*board, tagged, i == 0 ? knights : Lines{}, i * 7919 + 13));
     ends += reasonText(games[i].game.result()) + ",";
     ASSERT_EQ(writeGameFiles(games[i].game, {}, base), Lines{});
   }
@@ -268,20 +217,19 @@ TEST(PgnOutputTest, PlayedGamesAreReadBackByPgnExtractAndOurReader) {
   out.setEcho(false);
   out.setKeep(true);
   clsPGNFile reader(out, 1000);
-  std::vector<std::vector<Move>> read;
-  reader.gameObserver = [&read](std::uint64_t, const std::vector<Move>& moves, PgnResult) { read.push_back(moves); };
+  std::vector<Lines> read;
+  reader.gameObserver = [&read](std::uint64_t, const std::vector<Move>& moves, PgnResult) {
+    read.emplace_back();
+    for (const Move& move : moves) {
+      read.back().push_back(clsBoard::moveText(&move, false));
+      if (read.back().back().size() == 6) read.back().back().erase(4, 1);
+    }
+  };
   ASSERT_TRUE(reader.readFile(base + ".pgn"));
   for (const std::string& line : out.takeAll())
     EXPECT_TRUE(line == "# pgn file loaded" || line.find("% done") != std::string::npos) << line;
   ASSERT_EQ(read.size(), games.size());
-  for (std::size_t g = 0; g < games.size(); ++g) {
-    ASSERT_EQ(read[g].size(), games[g].coordinates.size()) << "game " << g + 1;
-    for (std::size_t m = 0; m < read[g].size(); ++m) {
-      std::string text = clsBoard::moveText(&read[g][m], false);
-      if (text.size() == 6) text.erase(4, 1);
-      EXPECT_EQ(text, games[g].coordinates[m]) << "game " << g + 1 << " ply " << m + 1;
-    }
-  }
+  for (std::size_t g = 0; g < games.size(); ++g) EXPECT_EQ(read[g], games[g].coordinates) << "game " << g + 1;
 }
 
 }  // namespace

@@ -1,12 +1,11 @@
 #include "chess/tourney/soul_file.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <fstream>
-#include <sstream>
 #include <string>
+
+#include "tests/tourney/tourney_test_util.h"
 
 namespace kbuChess {
 namespace {
@@ -14,17 +13,6 @@ namespace {
 const std::string A = "A=1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21";
 const std::string B = "B=-1 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 2147483647";
 const std::string C = "G2-1=70 20 10 60 20 14 50 20 50 40 10 60 0 30 90 30 10 0 10 5 10";
-
-std::string fileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-std::string tempPath(const std::string& name) {
-  return testing::TempDir() + name + "." + std::to_string(::getpid()) + ".souls";
-}
 
 TEST(SoulFile, TextAndDiskRoundTripByteForByte) {
   const std::string text = "# generation 1 games 6 scores 6 4 2\n" + A + "\n" + B + "\n" + C +
@@ -41,15 +29,15 @@ TEST(SoulFile, TextAndDiskRoundTripByteForByte) {
   EXPECT_EQ(file.last().souls[0].name, "G2-1");
   EXPECT_EQ(soulFileText(file), text);
 
-  const std::string path = tempPath("roundtrip");
+  const tourney_test::TempFolder folder("souls");
+  const std::string path = folder.file("roundtrip.souls");
   std::string error;
   ASSERT_TRUE(writeSoulFile(path, file, error)) << error;
-  EXPECT_EQ(fileBytes(path), text);
+  EXPECT_EQ(tourney_test::readText(path), text);
   EXPECT_FALSE(std::ifstream(path + ".tmp").good()) << "the temporary file must be renamed away";
   SoulFile again;
   ASSERT_TRUE(readSoulFile(path, again));
   EXPECT_EQ(soulFileText(again), text);
-  std::remove(path.c_str());
 }
 
 TEST(SoulFile, UnplayedSoulsAndCarriageReturnsAndFreeComments) {

@@ -49,7 +49,7 @@ TEST(StandingsTest, EdgesHaveNoFiniteFigures) {
   const StandingRow all = standingOf("W", GameCounts{4, 0, 0});
   EXPECT_TRUE(std::isinf(all.elo) && all.elo > 0);
   EXPECT_TRUE(std::isnan(all.eloError));  // sigma is 0 but the score sits on the edge
-  EXPECT_NEAR(all.los, 0.5 * (1 + std::erf(4 / std::sqrt(8.0))), 1e-12);
+  EXPECT_NEAR(all.los, 0.977250, 1e-6);   // (1 + erf(4 / sqrt(8))) / 2 = (1 + 0.954500) / 2
   EXPECT_TRUE(std::isinf(standingOf("L", GameCounts{0, 0, 3}).elo));
   // +1 =1: s = 0.75, sigma = 0.25, margin = 1.96 * 0.25 / sqrt(2) = 0.3465 > 0.25: no error bar.
   EXPECT_TRUE(std::isnan(standingOf("E", GameCounts{1, 1, 0}).eloError));

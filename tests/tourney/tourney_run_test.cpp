@@ -7,10 +7,11 @@
 #include <signal.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -18,22 +19,16 @@
 #include "base/output.h"
 #include "chess/book/pgn_file.h"
 #include "tests/e2e/engine_process.h"
+#include "tests/tourney/tourney_test_util.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using Lines = std::vector<std::string>;
+using tourney_test::Lines;
+using tourney_test::TempFolder;
 
 const std::string FAIRYMAX = "/usr/games/fairymax";
 const std::string PGN_EXTRACT = "/usr/games/pgn-extract";
-
-// A fresh folder for one test's tournament files.
-std::string freshFolder(const std::string& name) {
-  const fs::path folder = fs::path(testing::TempDir()) / ("tourney-" + name + "-" + std::to_string(getpid()));
-  fs::remove_all(folder);
-  fs::create_directories(folder);
-  return folder.string();
-}
 
 std::string engineElement(const std::string& name, const std::string& protocol, const std::string& file,
                           const std::string& parameters) {
@@ -41,19 +36,18 @@ std::string engineElement(const std::string& name, const std::string& protocol, 
          "\" parameters=\"" + parameters + "\"/>";
 }
 
-std::string writeTourney(const std::string& folder, const std::string& name, const std::string& clock, int threads,
+std::string writeTourney(const TempFolder& folder, const std::string& name, const std::string& clock, int threads,
                          const Lines& engines, const std::string& moreOptions = "") {
   std::ostringstream xml;
-  xml << "<tourney name=\"" << name << "\" type=\"gauntlet\"><options><rounds>1</rounds><logfolder>" << folder
+  xml << "<tourney name=\"" << name << "\" type=\"gauntlet\"><options><rounds>1</rounds><logfolder>" << folder.path()
       << "</logfolder><threads>" << threads << "</threads>" << moreOptions << "</options>" << clock << "<engines>";
   for (const std::string& engine : engines) xml << engine;
   xml << "</engines></tourney>";
-  const std::string path = folder + "/" + name + ".xml";
-  std::ofstream(path) << xml.str();
-  return path;
+  std::ofstream(folder.file(name + ".xml")) << xml.str();
+  return folder.file(name + ".xml");
 }
 
-// "white black result reason" for every line of the results file.
+// "white-black" to "result reason" for every line of the results file.
 std::map<std::string, std::string> readResults(const std::string& path) {
   std::map<std::string, std::string> results;
   std::ifstream in(path);
@@ -65,9 +59,14 @@ std::map<std::string, std::string> readResults(const std::string& path) {
     std::stringstream split(line);
     for (std::string field; std::getline(split, field, '\t');) fields.push_back(field);
     if (fields.size() < 6) continue;
-    results[fields[2] + "-" + fields[3]] = fields[4] + (fields.size() > 5 ? " " + fields[5] : "");
+    results[fields[2] + "-" + fields[3]] = fields[4] + " " + fields[5];
   }
   return results;
+}
+
+bool anyHolds(const Lines& lines, const std::string& text) {
+  return std::any_of(lines.begin(), lines.end(),
+                     [&](const std::string& l) { return l.find(text) != std::string::npos; });
 }
 
 // Runs the tournament to its end and answers what it printed.
@@ -78,21 +77,7 @@ Lines runTourney(const std::string& ini, int timeoutMs) {
   return lines;
 }
 
-// Reads until a line holds the text; whether one came in time.
-bool readUntilFound(EngineProcess& process, const std::string& text, int timeoutMs) {
-  for (const std::int64_t until = kobubase::nowMs() + timeoutMs; kobubase::nowMs() < until;) {
-    const std::optional<std::string> line = process.readLine(static_cast<int>(until - kobubase::nowMs()));
-    if (!line) return false;
-    if (line->find(text) != std::string::npos) return true;
-  }
-  return false;
-}
-
-bool printed(const Lines& lines, const std::string& text) {
-  return std::find(lines.begin(), lines.end(), text) != lines.end();
-}
-
-// Processes whose command line holds the marker (the fakes get it as a log file name).
+// Fake engines whose command line holds the marker (they get it as a log file name).
 int processesWith(const std::string& marker) {
   int count = 0;
   for (const auto& entry : fs::directory_iterator("/proc")) {
@@ -104,53 +89,72 @@ int processesWith(const std::string& marker) {
   return count;
 }
 
-TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
-  const std::string folder = freshFolder("faults");
-  const std::string fake = FAKE_ENGINE;
-  const std::string ini = writeTourney(folder, "faults", "<clock game_ms=\"3000\" increment_ms=\"0\"/>", 12,
+// Starts two endless games against a silent fake and waits until both have their engines.
+std::unique_ptr<EngineProcess> startEndlessGames(const TempFolder& folder, const std::string& marker) {
+  const std::string ini = writeTourney(folder, "endless", "<clock game_ms=\"600000\"/>", 2,
                                        {engineElement("Self", "embedded", "", "Simple5"),
-                                        engineElement("Illegal", "xboard", fake, "xboard illegal"),
-                                        engineElement("Crash", "uci", fake, "uci crash=1"),
-                                        engineElement("Silent", "xboard", fake, "xboard silent"),
-                                        engineElement("Resign", "xboard", fake, "xboard claim=resign"),
-                                        engineElement("Draw", "xboard", fake, "xboard claim=1/2-1/2"),
-                                        engineElement("San", "xboard", fake, "xboard &quot;claim=move Nf3&quot;")});
+                                        engineElement("Slow", "xboard", FAKE_ENGINE, "xboard silent log=" + marker)});
+  auto talvena = std::make_unique<EngineProcess>(TALVENA_BIN, Lines{"-use=tourney", "-ini=" + ini});
+  bool started = false;  // the progress line comes with the log's time and source first
+  for (const std::int64_t until = kobubase::nowMs() + 20000; !started && kobubase::nowMs() < until;) {
+    const std::optional<std::string> line = talvena->readLine(1000);
+    started = line && line->find("ROUND 1/1") != std::string::npos;
+  }
+  EXPECT_TRUE(started);
+  kobubase::sleepMs(2500);  // both games have their engines
+  EXPECT_EQ(processesWith(marker), 2);
+  return talvena;
+}
+
+TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
+  const TempFolder folder("faults");
+  const std::string fake = FAKE_ENGINE;
+  const std::string ini = writeTourney(
+      folder, "faults", "<clock game_ms=\"3000\" increment_ms=\"0\"/>", 12,
+      {engineElement("Self", "embedded", "", "Simple5"), engineElement("Illegal", "xboard", fake, "xboard illegal"),
+       engineElement("Crash", "uci", fake, "uci crash=1"), engineElement("Silent", "xboard", fake, "xboard silent"),
+       engineElement("Resign", "xboard", fake, "xboard claim=resign"),
+       engineElement("Draw", "xboard", fake, "xboard claim=1/2-1/2"),
+       engineElement("San", "xboard", fake, "xboard &quot;claim=move Nf3&quot;")});
   const Lines lines = runTourney(ini, 180000);
-  EXPECT_TRUE(printed(lines, "# starting tourney..."));
+  EXPECT_NE(std::find(lines.begin(), lines.end(), "# starting tourney..."), lines.end());
   const std::map<std::string, std::string> expected = {
-      {"Self-Illegal", "1-0 illegal move"},   {"Illegal-Self", "0-1 illegal move"},
-      {"Self-Crash", "1-0 engine crashed"},   {"Crash-Self", "0-1 engine crashed"},
-      {"Self-Silent", "1-0 forfeit"},         {"Silent-Self", "0-1 forfeit"},
+      {"Self-Illegal", "1-0 illegal move"},
+      {"Illegal-Self", "0-1 illegal move"},
+      {"Self-Crash", "1-0 engine crashed"},
+      {"Crash-Self", "0-1 engine crashed"},
+      {"Self-Silent", "1-0 forfeit"},
+      {"Silent-Self", "0-1 forfeit"},
       // An xboard "resign" line is no reply: the resigner just loses on time.
-      {"Self-Resign", "1-0 forfeit"},         {"Resign-Self", "0-1 forfeit"},
-      {"Self-Draw", "1/2-1/2 "},              {"Draw-Self", "1/2-1/2 "},
+      {"Self-Resign", "1-0 forfeit"},
+      {"Resign-Self", "0-1 forfeit"},
+      {"Self-Draw", "1/2-1/2 "},
+      {"Draw-Self", "1/2-1/2 "},
       // A move in SAN is taken as the move it names: as Black, Nf3 is illegal;
       // as White it is played (the fake, which does not play it on its own
       // board, then rejects Black's reply and falls silent).
-      {"Self-San", "1-0 illegal move"},       {"San-Self", "0-1 forfeit"},
+      {"Self-San", "1-0 illegal move"},
+      {"San-Self", "0-1 forfeit"},
   };
-  EXPECT_EQ(readResults(folder + "/faults-1-results.tsv"), expected);
+  EXPECT_EQ(readResults(folder.file("faults-1-results.tsv")), expected);
   // Self: 2 + 2 + 2 + 2 + (forfeits 2) + draws 1 + 1 + 2 + 2 = 22 of 24 half-points.
-  EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const std::string& l) {
-    return l.find("'Self' result 1 score 22") != std::string::npos || l.find("'Self' result 2 score 22") != std::string::npos;
-  }));
-  std::ifstream sanGame(folder + "/faults-1-12.pgn");
-  const std::string sanText((std::istreambuf_iterator<char>(sanGame)), std::istreambuf_iterator<char>());
-  EXPECT_NE(sanText.find("\r\n1. Nf3 "), std::string::npos) << sanText;
-  EXPECT_TRUE(fs::exists(folder + "/faults-1-3.log"));
+  EXPECT_TRUE(anyHolds(lines, "'Self' result 1 score 22") || anyHolds(lines, "'Self' result 2 score 22"));
+  const std::string sanGame = tourney_test::readText(folder.file("faults-1-12.pgn"));
+  EXPECT_NE(sanGame.find("\r\n1. Nf3 "), std::string::npos) << sanGame;
+  EXPECT_TRUE(fs::exists(folder.file("faults-1-3.log")));
 }
 
 // Both games start from one random opening of three plies, so fairymax takes
 // it in force mode once as White and once as Black.
 TEST(TourneyRun, GamesAgainstFairymaxEndByTheRulesAndTheirPgnReadsCleanly) {
-  const std::string folder = freshFolder("fairymax");
+  const TempFolder folder("fairymax");
   ASSERT_TRUE(fs::exists(FAIRYMAX)) << "tests/run.sh installs fairymax";
-  const std::string ini = writeTourney(folder, "real", "<clock game_ms=\"10000\" increment_ms=\"1000\"/>", 2,
-                                       {engineElement("Self", "embedded", "", "Simple5"),
-                                        engineElement("Fairy-Max", "xboard", FAIRYMAX, "")},
-                                       "<opening_plies>3</opening_plies>");
+  const std::string ini = writeTourney(
+      folder, "real", "<clock game_ms=\"10000\" increment_ms=\"1000\"/>", 2,
+      {engineElement("Self", "embedded", "", "Simple5"), engineElement("Fairy-Max", "xboard", FAIRYMAX, "")},
+      "<opening_plies>3</opening_plies>");
   runTourney(ini, 180000);
-  const std::map<std::string, std::string> results = readResults(folder + "/real-1-results.tsv");
+  const std::map<std::string, std::string> results = readResults(folder.file("real-1-results.tsv"));
   ASSERT_EQ(results.size(), 2u);
   // Fairymax may lose on time: it is not told of the pause after every command,
   // which is part of its moves' cost. The embedded side must never forfeit.
@@ -164,13 +168,11 @@ TEST(TourneyRun, GamesAgainstFairymaxEndByTheRulesAndTheirPgnReadsCleanly) {
     }
   }
   for (int game = 1; game <= 2; ++game) {
-    const std::string pgn = folder + "/real-1-" + std::to_string(game) + ".pgn";
-    const std::string command = PGN_EXTRACT + " -s -r " + pgn + " 2>&1";
-    std::FILE* pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::string report;
-    for (int c; (c = std::fgetc(pipe)) != EOF;) report += static_cast<char>(c);
-    EXPECT_EQ(pclose(pipe), 0) << report;
+    const std::string pgn = folder.file("real-1-" + std::to_string(game) + ".pgn");
+    const std::string reportFile = folder.file("report.txt");
+    const int status = std::system((PGN_EXTRACT + " -s -r " + pgn + " > " + reportFile + " 2>&1").c_str());
+    const std::string report = tourney_test::readText(reportFile);
+    EXPECT_EQ(status, 0) << report;
     EXPECT_EQ(report.find("rror"), std::string::npos) << report;
     EXPECT_EQ(report.find("arning"), std::string::npos) << report;
     kobubase::clsOutBuffer out;
@@ -186,36 +188,24 @@ TEST(TourneyRun, GamesAgainstFairymaxEndByTheRulesAndTheirPgnReadsCleanly) {
 // Ctrl-C: running games are stopped, the standings so far printed, every
 // engine ended, and the program ends with status 0.
 TEST(TourneyRun, CtrlCWindsDownAndLeavesNoEngineBehind) {
-  const std::string folder = freshFolder("sigint");
-  const std::string marker = folder + "/sigint-marker";
-  const std::string ini = writeTourney(folder, "sigint", "<clock game_ms=\"600000\"/>", 2,
-                                       {engineElement("Self", "embedded", "", "Simple5"),
-                                        engineElement("Slow", "xboard", FAKE_ENGINE, "xboard silent log=" + marker)});
-  EngineProcess talvena(TALVENA_BIN, {"-use=tourney", "-ini=" + ini});
-  ASSERT_TRUE(readUntilFound(talvena, "ROUND 1/1", 20000));
-  kobubase::sleepMs(2500);  // both games have their engines
-  EXPECT_EQ(processesWith(marker), 2);
-  ::kill(talvena.pid(), SIGINT);
-  const Lines lines = talvena.readUntil("# bye bye", 30000);
-  EXPECT_TRUE(talvena.found());
-  EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const std::string& l) { return l.find("cancel") != std::string::npos; }));
-  EXPECT_EQ(talvena.waitExit(10000), 0);
+  const TempFolder folder("sigint");
+  const std::string marker = folder.file("sigint-marker");
+  const std::unique_ptr<EngineProcess> talvena = startEndlessGames(folder, marker);
+  ::kill(talvena->pid(), SIGINT);
+  const Lines lines = talvena->readUntil("# bye bye", 30000);
+  EXPECT_TRUE(talvena->found());
+  EXPECT_TRUE(anyHolds(lines, "cancel"));
+  EXPECT_EQ(talvena->waitExit(10000), 0);
   EXPECT_EQ(processesWith(marker), 0);
 }
 
 // kill -9 of the program in the middle of a game: its engines die with it.
 TEST(TourneyRun, KilledProgramLeavesNoOrphanEngine) {
-  const std::string folder = freshFolder("kill");
-  const std::string marker = folder + "/kill-marker";
-  const std::string ini = writeTourney(folder, "kill", "<clock game_ms=\"600000\"/>", 2,
-                                       {engineElement("Self", "embedded", "", "Simple5"),
-                                        engineElement("Slow", "xboard", FAKE_ENGINE, "xboard silent log=" + marker)});
-  EngineProcess talvena(TALVENA_BIN, {"-use=tourney", "-ini=" + ini});
-  ASSERT_TRUE(readUntilFound(talvena, "ROUND 1/1", 20000));
-  kobubase::sleepMs(2500);
-  ASSERT_EQ(processesWith(marker), 2);
-  ::kill(talvena.pid(), SIGKILL);
-  talvena.waitExit(5000);
+  const TempFolder folder("kill");
+  const std::string marker = folder.file("kill-marker");
+  const std::unique_ptr<EngineProcess> talvena = startEndlessGames(folder, marker);
+  ::kill(talvena->pid(), SIGKILL);
+  talvena->waitExit(5000);
   int left = 2;
   for (int wait = 0; wait < 100 && (left = processesWith(marker)) > 0; ++wait) kobubase::sleepMs(20);
   EXPECT_EQ(left, 0);

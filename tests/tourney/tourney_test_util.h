@@ -1,0 +1,71 @@
+#pragma once
+// Helpers shared by the tournament and learning tests: a file's bytes, a
+// scratch folder, the next reply of an adapter, and a game log that records.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "base/thread.h"
+#include "chess/tourney/engine_interface.h"
+
+namespace tourney_test {
+
+using Lines = std::vector<std::string>;
+
+inline std::string readText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// A fresh folder for one test, removed with its contents afterwards.
+class TempFolder {
+ public:
+  explicit TempFolder(const std::string& name)
+      : path_(testing::TempDir() + "talvena-" + name + "-" + std::to_string(::getpid())) {
+    std::filesystem::remove_all(path_);
+    std::filesystem::create_directories(path_);
+  }
+  ~TempFolder() { std::filesystem::remove_all(path_); }
+  std::string file(const std::string& name) const { return path_ + "/" + name; }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+// The next non-empty reply within timeoutMs, or "<nothing>".
+inline std::string awaitReply(kbuChess::clsEngineInterface& engine, int timeoutMs) {
+  for (const std::int64_t until = kobubase::nowMs() + timeoutMs; kobubase::nowMs() < until; kobubase::sleepMs(1)) {
+    engine.Service();
+    const std::string reply = engine.nextReply();
+    if (!reply.empty()) return reply;
+  }
+  return "<nothing>";
+}
+
+// Every line an adapter logs, as "colour text".
+class clsRecordingLog : public kbuChess::clsGameLog {
+ public:
+  void logPlayer(int colour, const std::string& text) override {
+    std::lock_guard<std::mutex> guard(lock_);
+    lines_.push_back(std::to_string(colour) + " " + text);
+  }
+  Lines lines() {
+    std::lock_guard<std::mutex> guard(lock_);
+    return lines_;
+  }
+
+ private:
+  std::mutex lock_;
+  Lines lines_;
+};
+
+}  // namespace tourney_test

@@ -51,7 +51,7 @@ class ConsoleTest : public testing::Test {
 TEST_F(ConsoleTest, AttackSetsAndLinesFromTheBoardTables) {
   const std::pair<const char*, const char*> cases[] = {
       {"knight(g1)", "329728 (0x50800)"},  // e2 f3 h3
-      {"king(a1)", "49216 (0xc040)"},  // a2 b2 b1
+      {"king(a1)", "49216 (0xc040)"},      // a2 b2 b1
       {"squares(pawn(e4, 0))", "d5 f5"},
       {"squares(pawn(e4, 1))", "d3 f3"},
       {"squares(pawn(a2, 0))", "b3"},

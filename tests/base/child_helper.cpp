@@ -1,7 +1,6 @@
 // A small program for the child-process tests, doing one thing per mode:
 //   args ...       prints its folder and each argument in brackets, then "end"
 //   flood N        writes N bytes of numbered lines in one go
-//   longline N     writes one line of N letters
 //   echo           answers "got " + line; "err" writes to standard error,
 //                  "partial" writes a line in two pieces, "exit N" ends with N;
 //                  end of input ends with 0
@@ -71,9 +70,8 @@ int main(int argc, char** argv) {
   const std::string mode = argc > 1 ? argv[1] : "";
   if (mode == "args") return args(argc, argv);
   if (mode == "flood" && argc > 2) return flood(std::atol(argv[2]));
-  if (mode == "longline" && argc > 2) return std::printf("%s\n", std::string(std::atol(argv[2]), 'x').c_str()) < 0;
   if (mode == "echo") return echo();
   if (mode == "hold" && argc > 2) return hold(argv[2]);
-  std::fprintf(stderr, "usage: child_helper args|flood N|longline N|echo|hold PROGRAM\n");
+  std::fprintf(stderr, "usage: child_helper args|flood N|echo|hold PROGRAM\n");
   return 2;
 }

@@ -108,7 +108,8 @@ TEST(ChildProcessTest, CommandLineIsCutAt8191Characters) {
   EXPECT_EQ(nextLine(child), "end");
 }
 
-// More than one read buffer at once: every byte arrives, in order.
+// More than one read buffer at once: every byte arrives, in order. (One long
+// line across buffers is the real program's test of a 100 KiB command.)
 TEST(ChildProcessTest, LargeOutputArrivesWholeAndInOrder) {
   constexpr long Bytes = 300000;
   clsQuietChild flood(CHILD_HELPER, "flood " + std::to_string(Bytes));
@@ -124,14 +125,6 @@ TEST(ChildProcessTest, LargeOutputArrivesWholeAndInOrder) {
   }
   EXPECT_EQ(expected, Bytes / 54);  // 54 bytes a line; the cut last line stays partial
   EXPECT_EQ(total, static_cast<std::size_t>(Bytes / 54 * 54));
-
-  clsQuietChild longLine(CHILD_HELPER, "longline 100000");
-  longLine.start();
-  ASSERT_TRUE(waitDead(longLine));
-  const std::string line = longLine.takeLine();
-  EXPECT_EQ(line.size(), 100000u);
-  EXPECT_EQ(line.find_first_not_of('x'), std::string::npos);
-  EXPECT_EQ(longLine.takeLine(), "");
 }
 
 // Lines both ways, standard error on the same pipe, a line in two pieces
@@ -161,15 +154,6 @@ TEST(ChildProcessTest, DialogueExitAndSendingToTheDead) {
   EXPECT_EQ(child.reports(), Words{"# process terminated!"});
   EXPECT_FALSE(child.sendLine("anyone?"));
   EXPECT_FALSE(child.send("x"));
-}
-
-TEST(ChildProcessTest, EndOfInputEndsTheChild) {
-  clsQuietChild child(CHILD_HELPER, "echo");
-  child.start();
-  ASSERT_TRUE(child.waitStarted());
-  child.closeInput();
-  EXPECT_EQ(child.waitExit(5000), 0);
-  EXPECT_FALSE(child.alive());
 }
 
 TEST(ChildProcessTest, ProgramsThatCannotStart) {

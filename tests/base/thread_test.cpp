@@ -1,9 +1,9 @@
+#include "base/thread.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <thread>
-
-#include "base/thread.h"
 
 namespace {
 

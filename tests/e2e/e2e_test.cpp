@@ -143,7 +143,8 @@ TEST_F(E2eTest, BadInputGetsRepliesAndTheEngineKeepsWorking) {
   for (const char* line : {"", "\r"}) engine_.send(line);
   const std::string longWord(100 * 1024, 'x');
   EXPECT_EQ(ask(longWord), "Error (unknown command): " + longWord);
-  EXPECT_EQ(ask(std::string("\x01\x02\xff\xfe rest\x7f", 10)), std::string("Error (unknown command): \x01\x02\xff\xfe", 29));
+  EXPECT_EQ(ask(std::string("\x01\x02\xff\xfe rest\x7f", 10)),
+            std::string("Error (unknown command): \x01\x02\xff\xfe", 29));
   EXPECT_EQ(ask("frobnicate 1 2"), "Error (unknown command): frobnicate");
   for (const char* line : {"level a b c", "time abc", "otim -", "sd deep", "memory lots", "setboard"}) {
     engine_.send(line);
@@ -172,7 +173,8 @@ TEST_F(E2eTest, LongPerftReportsProgressAndEndsOnQuestionMarkOrQuit) {
   ASSERT_TRUE(engine_.found()) << "no progress line";
   const std::string& progress = lines.back();  // "# perft Nb1-c3 9755531 - 1 root moves, 9755531 nodes, 1890 ms"
   std::smatch parts;
-  ASSERT_TRUE(std::regex_match(progress, parts, std::regex(R"(# perft (\S+) (\d+) - (\d+) root moves, (\d+) nodes, (\d+) ms)")))
+  ASSERT_TRUE(
+      std::regex_match(progress, parts, std::regex(R"(# perft (\S+) (\d+) - (\d+) root moves, (\d+) nodes, (\d+) ms)")))
       << progress;
   const std::string move = parts[1];
   const unsigned long long count = std::stoull(parts[2]);
@@ -234,8 +236,9 @@ TEST(E2eStartTest, HelpVersionAndUnknownArguments) {
     EXPECT_NE(std::find(lines.begin(), lines.end(),
                         "  memory=MIB           transposition table size in MiB (0 to 65536; default none)"),
               lines.end());
-    EXPECT_EQ(engine.readUntil("# ", 1000), (Lines{"", "At the prompt: xboard commands (new, go, usermove e2e4, perft 5, quit) and the",
-                                                   "backslash commands (\\ for the board, \\loadbook, \\buildbooks, ...)."}));
+    EXPECT_EQ(engine.readUntil("# ", 1000),
+              (Lines{"", "At the prompt: xboard commands (new, go, usermove e2e4, perft 5, quit) and the",
+                     "backslash commands (\\ for the board, \\loadbook, \\buildbooks, ...)."}));
     EXPECT_EQ(engine.waitExit(3000), 0);
   }
   EngineProcess version(TALVENA_BIN, {"--version"});

@@ -68,7 +68,6 @@ TEST(DatabaseTest, TablesAreReplacedFromRows) {
             (Lines{"count(*)  sum(v)", "--------  ------", "    1000  249750", "(1 row)"}));
   EXPECT_FALSE(db.replaceTable("empty", {}, rows, error));
   EXPECT_EQ(error, "a table needs a column");
-  EXPECT_EQ(kobubase::quoteIdentifier("a\"b"), "\"a\"\"b\"");
 }
 
 TEST(DatabaseTest, LongResultsAreCountedButNotHeldAndEndlessQueriesInterrupted) {

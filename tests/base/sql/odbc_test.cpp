@@ -17,8 +17,12 @@
 // data source name on every connect; that is its own leak, not ours. Its code
 // has no frame pointers, so the leak checker needs the slow unwinder to see
 // the driver in the allocation's stack.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libsqlite3odbc.so\n"; }
-extern "C" const char* __asan_default_options() { return "fast_unwind_on_malloc=0"; }
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:libsqlite3odbc.so\n";
+}
+extern "C" const char* __asan_default_options() {
+  return "fast_unwind_on_malloc=0";
+}
 
 namespace {
 

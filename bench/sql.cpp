@@ -63,11 +63,11 @@ int main(int argc, char** argv) {
     start = std::chrono::steady_clock::now();
     const kobubase::SqlResult result = console.database().query(QUERY);
     queryOnly.push_back(secondsSince(start));
-    std::printf("run %d: after a change %.3f s, unchanged %.3f s, database only %.3f s   %s\n", run + 1,
-                changed.back(), again.back(), queryOnly.back(),
+    std::printf("run %d: after a change %.3f s, unchanged %.3f s, database only %.3f s   %s\n", run + 1, changed.back(),
+                again.back(), queryOnly.back(),
                 lines.size() > 2 ? lines[2].c_str() : (lines.empty() ? "" : lines[0].c_str()));
   }
-  std::printf("median: after a change %.3f s, unchanged %.3f s, database only %.3f s\n", median(changed),
-              median(again), median(queryOnly));
+  std::printf("median: after a change %.3f s, unchanged %.3f s, database only %.3f s\n", median(changed), median(again),
+              median(queryOnly));
   return 0;
 }

@@ -181,9 +181,8 @@ std::vector<std::string> clsConsole::loadResults(const std::string& path) {
   if (std::find(loadedResults_.begin(), loadedResults_.end(), path) == loadedResults_.end()) {
     loadedResults_.push_back(path);
   }
-  std::vector<std::string> lines{
-      "results: " + path + " added to games with " + countText(games.size(), "game") +
-      (problems.empty() ? "" : ", " + countText(problems.size(), "bad line") + " skipped")};
+  std::vector<std::string> lines{"results: " + path + " added to games with " + countText(games.size(), "game") +
+                                 (problems.empty() ? "" : ", " + countText(problems.size(), "bad line") + " skipped")};
   for (const std::string& problem : problems) lines.push_back("results: " + path + ": " + problem);
   return lines;
 }

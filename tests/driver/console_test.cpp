@@ -107,13 +107,17 @@ TEST_F(ConsoleTest, SoulsBookAndOptionsTables) {
   EXPECT_EQ(console_.query("SELECT count(*) = " + std::to_string(book_.count()) + " AND sum(key = '" + key +
                            "') = 1 AS ok FROM book_all"),
             (Lines{"ok", "--", " 1", "(1 row)"}));
-  // The copy follows every change of the book, counts included; queries cannot change it.
+  // book_all follows every change of the book, counts included; queries can
+  // neither change it nor hide it behind a table of their own.
   book_.add(BookRecord{1, 0, 0, 0});
   EXPECT_EQ(console_.query("SELECT count(*) FROM book_all").at(2),
             std::string(8 - std::to_string(book_.count()).size(), ' ') + std::to_string(book_.count()));
   book_.add(BookRecord{1, 5, 0, 0});
   EXPECT_EQ(console_.query("SELECT wins FROM book_all WHERE key = '0000000000000001'").at(2), "   5");
-  EXPECT_EQ(console_.query("DELETE FROM book_all"), Lines{"error: not authorized"});
+  for (const char* write :
+       {"DELETE FROM book_all", "CREATE TABLE book_all (x)", "CREATE TEMP VIEW souls AS SELECT 1"}) {
+    EXPECT_EQ(console_.query(write), Lines{"error: not authorized"}) << write;
+  }
   engine_.runtimeOptions().set("cores", "2");
   EXPECT_EQ(console_.query("SELECT * FROM options WHERE name <> 'soul' ORDER BY source, name"),
             (Lines{"source        name    value", "------------  ------  -----", "command line  -log",

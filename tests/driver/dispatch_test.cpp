@@ -145,6 +145,7 @@ TEST_F(DispatchTest, SoulsAndUsageLines) {
   std::remove(path.c_str());
   EXPECT_EQ(reply("\\play 100"), Lines{"# \\play ms_per_move max_moves file.pgn [soulA soulB]"});
   EXPECT_EQ(reply("\\loadsoul"), Lines{"# loadsoul soul_text_or_file"});
+  EXPECT_EQ(reply("\\learn f 0 4 10 20"), Lines{"# learn file generations engines_count ms_per_move max_moves"});
   EXPECT_EQ(reply("\\loadsoul /nonexistent/x.soul"),
             (Lines{"# no preset or file named /nonexistent/x.soul; the soul in use is Filed",
                    "# new soul: /nonexistent/x.soul"}));

@@ -1,5 +1,5 @@
-// "\learn" and "\learnt" over the real program.
-// Their usage texts are checked by the driver's dispatch tests.
+// "\learn" and "\learnt" over the real program. The usage text is the
+// dispatch tests' concern, the argument rules the learning tests'.
 #include <gtest/gtest.h>
 
 #include <regex>

@@ -177,7 +177,7 @@ TEST(TourneyConfigTest, HeaderTagsAndFileNames) {
 TEST(TourneyConfigTest, TheExampleFileIsAGauntletOfThree) {
   Lines messages;
   EXPECT_EQ(summary(readTourneyFile(EXAMPLES_DIR "/tourney.xml", messages)),
-            "'simple5-gauntlet' type 1 rounds 2 threads 2 log 'tourney-logs/simple5-gauntlet.log' clock 0/20000+500"
+            "'simple5-gauntlet' type 1 rounds 2 threads 2 log 'tourney-logs/simple5-gauntlet.log' clock 0/20000+1000"
             " openings '' 0 | Simple5 embedded '' 'Simple5' | Mass161 embedded '' 'Mass161'"
             " | Fairy-Max xboard '/usr/games/fairymax' '' [Site Talvena workbench]");
   EXPECT_EQ(messages, Lines{});

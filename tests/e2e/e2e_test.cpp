@@ -169,7 +169,7 @@ std::string coordinates(const std::string& longForm) {
 // "quit" waiting in the input ends it.
 TEST_F(E2eTest, LongPerftReportsProgressAndEndsOnQuestionMarkOrQuit) {
   engine_.send("perft 7");
-  const Lines lines = engine_.readUntil("# perft ", 60000);
+  const Lines lines = engine_.readUntil("# perft ", 180000);  // sanitizer builds count slowly
   ASSERT_TRUE(engine_.found()) << "no progress line";
   const std::string& progress = lines.back();  // "# perft Nb1-c3 9755531 - 1 root moves, 9755531 nodes, 1890 ms"
   std::smatch parts;

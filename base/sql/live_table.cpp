@@ -12,7 +12,7 @@ namespace kobubase {
 
 namespace {
 
-struct LiveSpec {
+struct LiveModuleData {
   std::string declaration;  // "CREATE TABLE x(...)" as the module declares it
   std::unique_ptr<clsLiveTable> source;
 };
@@ -30,11 +30,11 @@ const clsLiveTable& sourceOf(sqlite3_vtab_cursor* cursor) {
 }
 
 int liveConnect(sqlite3* db, void* aux, int, const char* const*, sqlite3_vtab** table, char**) {
-  const auto* spec = static_cast<const LiveSpec*>(aux);
-  const int rc = sqlite3_declare_vtab(db, spec->declaration.c_str());
+  const auto* data = static_cast<const LiveModuleData*>(aux);
+  const int rc = sqlite3_declare_vtab(db, data->declaration.c_str());
   if (rc != SQLITE_OK) return rc;
   auto* vtab = new LiveVtab{};
-  vtab->source = spec->source.get();
+  vtab->source = data->source.get();
   *table = vtab;
   return SQLITE_OK;
 }
@@ -129,16 +129,16 @@ bool clsDatabase::addLiveTable(const std::string& name, const std::vector<SqlCol
     error = !db_ ? "no database" : "a live table needs columns and a source";
     return false;
   }
-  auto spec = std::make_unique<LiveSpec>();
-  spec->declaration = "CREATE TABLE x(";
+  auto data = std::make_unique<LiveModuleData>();
+  data->declaration = "CREATE TABLE x(";
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    spec->declaration += (i ? ", " : "") + quoteIdentifier(columns[i].name) + " " + columns[i].type;
+    data->declaration += (i ? ", " : "") + quoteIdentifier(columns[i].name) + " " + columns[i].type;
   }
-  spec->declaration += ")";
-  spec->source = std::move(source);
-  // SQLite owns the spec from here and frees it with the module, also on failure.
-  const int rc = sqlite3_create_module_v2(db_, name.c_str(), &liveModule(), spec.release(),
-                                          [](void* aux) { delete static_cast<LiveSpec*>(aux); });
+  data->declaration += ")";
+  data->source = std::move(source);
+  // SQLite owns the module data from here and frees it with the module, also on failure.
+  const int rc = sqlite3_create_module_v2(db_, name.c_str(), &liveModule(), data.release(),
+                                          [](void* aux) { delete static_cast<LiveModuleData*>(aux); });
   if (rc != SQLITE_OK) error = sqlite3_errmsg(db_);
   return rc == SQLITE_OK;
 }

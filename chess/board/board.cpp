@@ -24,6 +24,13 @@ u64 clsBoard::computePieceKey() const {
   return key;
 }
 
+void clsBoard::setGamePosition(const GamePosition& game) {
+  pos_ = game.position;
+  halfMoveClock_ = game.halfMoveClock;
+  fullMoveNumber_ = game.fullMoveNumber;
+  resetFrames();
+}
+
 void clsBoard::resetFrames() {
   const u32 rootSide = pos_.side & 1;
   for (int i = 0; i < FRAME_COUNT; ++i) {

@@ -46,10 +46,11 @@ std::size_t findAs(const std::string& text) {
 
 }  // namespace
 
-clsConsole::clsConsole(clsEngine& engine, clsBook& book, const kobubase::clsOptions& commandLine)
+clsConsole::clsConsole(clsEngine& engine, const clsBoard& position, clsBook& book,
+                       const kobubase::clsOptions& commandLine)
     : engine_(engine), book_(book), commandLine_(commandLine) {
   kobubase::addGenericFunctions(interpreter_);
-  addChessFunctions(interpreter_, engine_);
+  addChessFunctions(interpreter_, position);
   addTableFunctions();
   addBookAll();
   database_.setReadOnlyTables({"souls", "book", "book_all", "options", "games"});

@@ -20,8 +20,11 @@ std::string trimmed(const std::string& text) {
 
 }  // namespace
 
+// The chess functions read the game's position from the view board, brought
+// up to date before every console line.
 clsConsole& clsTalvena::console() {
-  if (!console_) console_ = std::make_unique<clsConsole>(engine_, book_, options_);
+  if (!console_) console_ = std::make_unique<clsConsole>(engine_, view_, book_, options_);
+  positionView();
   return *console_;
 }
 
@@ -30,7 +33,6 @@ void clsTalvena::printComments(const std::vector<std::string>& lines) {
 }
 
 int clsTalvena::cmdConsole(const std::string&) {
-  haltSearch();
   console();
   consoleMode_ = true;
   printComments(clsConsole::welcomeLines());
@@ -55,13 +57,11 @@ int clsTalvena::consoleLine(const std::string& line) {
 }
 
 int clsTalvena::cmdSql(const std::string& rest) {
-  haltSearch();
   printComments(console().sqlCommand(rest));
   return CMD_PRINTED;
 }
 
 int clsTalvena::cmdOdbc(const std::string& rest) {
-  haltSearch();
   printComments(console().odbcCommand(rest));
   return CMD_PRINTED;
 }

@@ -82,15 +82,7 @@ std::string clsEngine::thinkingLine(std::uint64_t elapsedMs) {
 // --- the played-move path
 
 void clsEngine::onMovePlayed() {
-  if (share_ == nullptr) return;
-  TTEntry* entry = share_->entryFor(positionKey());
-  if (entry == nullptr) return;
-  rootFrame()->ttEntry = entry;
-  entry->key = positionKey();
-  entry->reserved = 0;
-  entry->word4 = 1000;
-  entry->score = DRAW_SCORE;
-  entry->word6 = 64;
+  if (share_ != nullptr) rootFrame()->ttEntry = share_->markPlayed(positionKey());
 }
 
 }  // namespace kbuChess

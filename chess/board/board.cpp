@@ -9,6 +9,8 @@ clsBoard::clsBoard() {
   readFEN(START_FEN);
 }
 
+// The subtraction and the extra XOR of the occupancy are kept deliberately:
+// table entries and the marks of played positions are made with this formula.
 u64 clsBoard::positionKey() const {
   return (pos_.epSquare - pos_.unmoved) ^ sideKeys[pos_.side & 1] ^ pos_.pieceKey ^ pos_.occupied;
 }

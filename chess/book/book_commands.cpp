@@ -41,6 +41,7 @@ int buildBooksUsage(kobubase::clsOutBuffer& out) {
 }
 
 int cvBooksUsage(kobubase::clsOutBuffer& out) {
+  // These usage lines are the command's historical ones, kept as they stand.
   return usage(out, {"# filterbooks books_path filter_options", "# sort .sbk book files into new_book.sb2 file",
                      "# filter options will be available in the future"});
 }

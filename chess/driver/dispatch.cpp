@@ -62,7 +62,7 @@ const clsTalvena::Command clsTalvena::COMMANDS[] = {
     {"\\moves", &clsTalvena::cmdMoves, SearchRule::BESIDE},
     {"\\tourney", &clsTalvena::cmdTourney, SearchRule::FINISHES},
     {"\\soul", &clsTalvena::cmdSoul, SearchRule::BESIDE},
-    {"\\testsouls", &clsTalvena::cmdNothing, SearchRule::BESIDE},
+    {"\\testsouls", &clsTalvena::cmdNothing, SearchRule::BESIDE},  // a reserved name, kept deliberately
     {"\\learnt", &clsTalvena::cmdLearnt, SearchRule::FINISHES},
     {"\\learn", &clsTalvena::cmdLearn, SearchRule::FINISHES},
     {"\\mergebooks", &clsTalvena::cmdMergeBooks, SearchRule::FINISHES},
@@ -95,6 +95,7 @@ int clsTalvena::userMove(const std::string& word, const std::string& moveText) {
   const std::string_view text = wordAt(moveText, 0);
   const Move* found = text.size() < 4 ? nullptr : positionView().findCoordinateMove(text);
   if (found == nullptr) {
+    // Names the command word ("usermove"), not the move: kept deliberately, GUIs match this reply.
     print("Illegal move: " + word);
     return CMD_ILLEGAL_MOVE;
   }

@@ -15,6 +15,8 @@ using kobubase::wordAt;
 namespace {
 
 constexpr std::int64_t DefaultEpdMs = 60000;
+// The default file keeps its historical Windows path deliberately, as the
+// command's own reply names it; give a file to run a test here.
 constexpr const char* DefaultEpdFile = "D:\\A\\KOBU\\KobuChess\\TestPositions\\arasan19.epd";
 
 // The non-empty lines of a text file; false with errno set when it cannot be read.

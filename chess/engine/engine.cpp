@@ -67,6 +67,8 @@ std::string clsEngine::statisticsText(std::uint64_t elapsedMs) const {
   if (nodes != 0) {
     char percent[32];
     std::snprintf(percent, sizeof percent, "%.2f", static_cast<double>(ttHits_) * 100.0 / static_cast<double>(nodes));
+    // The search never probes the table, so both hit counters stay 0; the line
+    // keeps its fields deliberately for tools that read it.
     text += ", TT hits: " + std::to_string(ttHits_) + " " + percent + "%, Rept.Hits: " + std::to_string(repetitionHits_);
   }
   return text;

@@ -10,15 +10,7 @@
 
 namespace kbuChess {
 
-namespace {
-
-std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(" \t\r");
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(" \t\r") + 1 - first);
-}
-
-}  // namespace
+using kobubase::trimmed;
 
 // The chess functions read the game's position from the view board, brought
 // up to date before every console line.

@@ -21,6 +21,7 @@
 #include "base/output.h"
 #include "base/stdin_thread.h"
 #include "base/thread.h"
+#include "base/version.h"
 #include "chess/book/book.h"
 #include "chess/driver/command_result.h"
 #include "chess/engine/time_control.h"
@@ -63,8 +64,8 @@ struct EpdRun {
 
 class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
  public:
-  static constexpr const char* NAME = "Talvena";
-  static constexpr const char* VERSION = "3.0.23";
+  static constexpr const char* NAME = kobubase::PROGRAM_NAME;
+  static constexpr const char* VERSION = kobubase::PROGRAM_VERSION;
   static constexpr std::int64_t INITIAL_CLOCK_MS = 300000;
   // Perft beyond this depth would run for ages and, past the frame stack, be unsafe.
   static constexpr int PERFT_MAX_DEPTH = 20;

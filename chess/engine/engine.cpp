@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "base/version.h"
+
 namespace kbuChess {
 
 clsEngine::clsEngine(const kobubase::clsOptions& options, clsEngineShare* share)
@@ -33,7 +35,7 @@ void clsEngine::selectSoul(const std::string& name) {
   if (chosen.empty()) chosen = runtimeOptions_.get("soul");
   if (chosen.empty()) chosen = commandOptions_.get("-soul");
   // This fallback matches no preset on purpose: the soul in place is kept.
-  if (chosen.empty()) chosen = "Simple5 3.0.23";
+  if (chosen.empty()) chosen = std::string("Simple5 ") + kobubase::PROGRAM_VERSION;
   for (const char* preset : SOUL_PRESETS) {
     const std::string text = preset;
     if (text.substr(0, text.find('=')) == chosen) applySoulText(text);

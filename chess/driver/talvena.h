@@ -101,6 +101,8 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   // --- talvena.cpp: main routine, loop, think
   void printBanner();
   void runLoop();
+  // Hands the input over to a UCI session for the rest of the run.
+  void runUci(const std::string& firstLine);
   void think();
   void collectMove(std::int64_t now);
   void playEngineMove(const Move& move);

@@ -187,14 +187,15 @@ TEST(TourneyRun, GamesAgainstFairymaxEndByTheRulesAndTheirPgnReadsCleanly) {
 }
 
 // Talvena speaking UCI (chosen by the "uci" it gets first) meets itself
-// speaking xboard and Debian's stockfish. Its opponents may lose on time, as
-// fairymax above may: the runner's pause after each command is charged to
-// their clocks. Talvena-as-UCI must never forfeit, and no side may play an
-// illegal move.
+// speaking xboard and Debian's stockfish. The increment is more than the
+// runner's pauses after its commands cost a side (up to 300 ms a move), so
+// the clocks do not run down. Its opponents may still lose on time, as
+// fairymax above may; Talvena-as-UCI must never forfeit, and no side may play
+// an illegal move.
 TEST(TourneyRun, TalvenaAsUciPlaysItselfAsXboardAndStockfish) {
   const TempFolder folder("uci");
   ASSERT_TRUE(fs::exists(STOCKFISH)) << "tests/run.sh installs stockfish";
-  const std::string ini = writeTourney(folder, "uci", "<clock game_ms=\"8000\" increment_ms=\"200\"/>", 2,
+  const std::string ini = writeTourney(folder, "uci", "<clock game_ms=\"6000\" increment_ms=\"400\"/>", 2,
                                        {engineElement("TalvenaUci", "uci", TALVENA_BIN, ""),
                                         engineElement("TalvenaXboard", "xboard", TALVENA_BIN, ""),
                                         engineElement("Stockfish", "uci", STOCKFISH, "")},

@@ -107,7 +107,8 @@ TEST_F(UciForcedTest, SearchCommandsAlwaysEndInALegalBestMove) {
   const std::string info = nextReply();
   EXPECT_EQ(info.rfind("info depth ", 0), 0u) << info;
   EXPECT_NE(info.find(" score cp "), std::string::npos) << info;
-  EXPECT_EQ(ask("isready"), "readyok");
+  engine_.send("isready");  // answered while the search goes on, perhaps after more info lines
+  EXPECT_EQ(repliesUntil("readyok").back(), "readyok");
   engine_.send("stop");
   EXPECT_TRUE(legalIn(repliesUntil("bestmove").back(), START));
 
@@ -140,12 +141,15 @@ TEST_F(UciForcedTest, SearchCommandsAlwaysEndInALegalBestMove) {
   const Lines mate = repliesUntil("info depth");
   EXPECT_EQ(mate.back().rfind("info depth 2 score mate 2 nodes ", 0), 0u) << mate.back();
   EXPECT_EQ(mate.back().substr(mate.back().size() - 8), " pv a1a8");
-  EXPECT_EQ(ask("isready"), "readyok");  // the move waits for the ponderhit
+  engine_.send("isready");  // the move waits for the ponderhit
+  EXPECT_EQ(repliesUntil("readyok"), Lines{"readyok"});
   engine_.send("ponderhit");
   EXPECT_EQ(repliesUntil("bestmove").back(), "bestmove a1a8");
 
+  engine_.send("position startpos");
   engine_.send("go infinite");
-  EXPECT_EQ(ask("isready"), "readyok");
+  engine_.send("isready");
+  EXPECT_EQ(repliesUntil("readyok").back(), "readyok");
   expectQuit();  // "quit" ends a running search
 }
 

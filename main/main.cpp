@@ -14,8 +14,9 @@ namespace {
 
 const char* const USAGE =
     "Usage: talvena [name=value ...]\n"
-    "A chess engine for xboard (protocol 2) and a console workbench: perft, opening\n"
-    "books from PGN, EPD tests, tournaments. Commands are read from standard input.\n"
+    "A chess engine for xboard (protocol 2) and UCI, and a console workbench: perft,\n"
+    "opening books from PGN, EPD tests, tournaments. Commands are read from standard\n"
+    "input.\n"
     "\n"
     "Options:\n"
     "  memory=MIB           transposition table size in MiB (0 to 65536; default none)\n"
@@ -24,6 +25,7 @@ const char* const USAGE =
     "  -load=SOUL           load a soul before the first command, as \\loadsoul does\n"
     "  -log=FILE            append every received command to FILE\n"
     "  book=FILE.sbk        opening book to load (default talvena.sbk when present)\n"
+    "  -use=uci             speak UCI from the start (else the first command \"uci\" does)\n"
     "  -use=tourney -ini=FILE.xml\n"
     "                       play the tournament described in FILE.xml, then leave\n"
     "  -random              play a random root move after a two-ply search\n"

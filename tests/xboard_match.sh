@@ -3,26 +3,35 @@
 # display (installed from Debian when missing). Fails when a game ends without a
 # rules result or an adjudication, or talvena plays an illegal move or loses on
 # time. The PGN and xboard's debug log stay in the printed work folder.
-#   tests/xboard_match.sh /path/to/talvena [games]
+# With "uci" xboard speaks UCI to talvena through Debian's polyglot adapter
+# (-fUCI), as a UCI-only setup would.
+#   tests/xboard_match.sh /path/to/talvena [games] [uci]
 set -u
-[ $# -ge 1 ] && [ -x "$1" ] || { echo "usage: $0 /path/to/talvena [games]" >&2; exit 2; }
+[ $# -ge 1 ] && [ -x "$1" ] || { echo "usage: $0 /path/to/talvena [games] [uci]" >&2; exit 2; }
 TALVENA=$(readlink -f "$1")
 GAMES=${2:-4}
+UCI=false
+[ "${3:-}" = uci ] && UCI=true
+export PATH=$PATH:/usr/games  # where xboard looks for polyglot
 
 missing=()
 [ -x /usr/games/xboard ] || missing+=(xboard)
 [ -x /usr/games/fairymax ] || missing+=(fairymax)
 command -v xvfb-run >/dev/null || missing+=(xvfb xauth)
+$UCI && [ ! -x /usr/games/polyglot ] && missing+=(polyglot)
 if [ ${#missing[@]} -gt 0 ]; then
   apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "${missing[@]}" >/dev/null || exit 2
 fi
 
 WORK=$(mktemp -d /tmp/talvena-match.XXXXXX)
 PGN=$WORK/match.pgn
-echo "match of $GAMES games, 1 minute + 1 second per move; files in $WORK"
+PROTOCOL=()
+# polyglot logs its UCI dialogue with talvena beside the PGN.
+$UCI && PROTOCOL=(-fUCI -adapterCommand "polyglot -noini -log true -lf \"$WORK/polyglot.log\" -ec \"%fcp\" -ed \"%fd\"")
+echo "match of $GAMES games${PROTOCOL:+ over UCI}, 1 minute + 1 second per move; files in $WORK"
 # A game lasts a few minutes at most; the timeout only guards against a hung GUI.
 timeout $((GAMES * 480 + 120)) xvfb-run -a /usr/games/xboard \
-  -fcp "$TALVENA" -fd "$WORK" -scp /usr/games/fairymax -sd "$WORK" \
+  -fcp "$TALVENA" -fd "$WORK" "${PROTOCOL[@]}" -scp /usr/games/fairymax -sd "$WORK" \
   -tc 1 -inc 1 -mg "$GAMES" -matchMode true -sgf "$PGN" -debug -nameOfDebugFile "$WORK/xboard.debug" \
   -autoCallFlag true -testLegality true -checkMates true -testClaims true -materialDraws true \
   -trivialDraws true -ruleMoves 50 -repeatsToDraw 3 -adjudicateDrawMoves 200 \

@@ -8,6 +8,7 @@
 #include "chess/board/tables.h"
 #include "chess/book/book_commands.h"
 #include "chess/driver/console.h"
+#include "chess/driver/uci.h"
 #include "chess/tourney/tourney.h"
 
 namespace kbuChess {
@@ -78,13 +79,29 @@ void clsTalvena::runLoop() {
     print("# error: the input reader did not start");
     return;
   }
-  while (!stopRequested()) {
+  // "uci" as the first command, or -use=uci, chooses UCI for the whole run.
+  const bool uciForced = options_.get("-use") == "uci";
+  if (uciForced) runUci("");
+  bool firstCommand = true;
+  while (!uciForced && !stopRequested()) {
     serviceEngine();
     kobubase::sleepMs(1);
     const std::string line = reader_->getLine(false);
-    if (!line.empty() && execute(line) == CMD_QUIT) break;
+    if (line.empty()) continue;
+    if (firstCommand && wordAt(line, 0) == "uci") {
+      runUci(line);
+      break;
+    }
+    firstCommand = false;
+    if (execute(line) == CMD_QUIT) break;
   }
   reader_->cancel();
+}
+
+void clsTalvena::runUci(const std::string& firstLine) {
+  UciHooks hooks{[this](const std::string& word, const std::string& rest) { logCommand(word, rest); },
+                 [this](const std::string& soul) { loadSoul(soul); }, [this] { return stopRequested(); }};
+  clsUciSession(engine_, search_, book_, *this, std::move(hooks)).run(*reader_, firstLine);
 }
 
 void clsTalvena::serviceEngine() {

@@ -114,6 +114,8 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   void printBanner();
   void runLoop();
   int executeCommand(const std::string& line);
+  // Hands the input over to a UCI session for the rest of the run.
+  void runUci(const std::string& firstLine);
   void think();
   void collectMove(std::int64_t now);
   void playEngineMove(const Move& move);

@@ -13,8 +13,13 @@ constexpr int DEFAULT_ACCEPT_PERCENT = 60;
 
 bool clsEngine::start() {
   // Cleared here and not on the new thread, so that a stop right after the
-  // start cannot be lost.
-  if (!isRunning()) stopFlag_.store(false);
+  // start cannot be lost, nor the last search's depth and nodes be read as
+  // this one's by a caller that polls at once.
+  if (!isRunning()) {
+    stopFlag_.store(false);
+    iterationDepth_.store(0, std::memory_order_relaxed);
+    searchNodes_.store(0, std::memory_order_relaxed);
+  }
   return clsThread::start();
 }
 

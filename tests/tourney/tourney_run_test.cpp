@@ -1,6 +1,6 @@
 // Whole tournaments through the real program: `talvena -use=tourney -ini=F`
 // with the scripted fake engine for every fault a real engine will not
-// commit, and Debian's fairymax for a real opponent. The results file, the
+// commit, and Debian's fairymax and stockfish for real opponents. The results file, the
 // PGN (read by pgn-extract and by our own reader), Ctrl-C and kill -9 are
 // checked on what the program leaves behind.
 #include <gtest/gtest.h>
@@ -29,6 +29,7 @@ using tourney_test::TempFolder;
 
 const std::string FAIRYMAX = "/usr/games/fairymax";
 const std::string PGN_EXTRACT = "/usr/games/pgn-extract";
+const std::string STOCKFISH = "/usr/games/stockfish";
 
 std::string engineElement(const std::string& name, const std::string& protocol, const std::string& file,
                           const std::string& parameters) {
@@ -182,6 +183,34 @@ TEST(TourneyRun, GamesAgainstFairymaxEndByTheRulesAndTheirPgnReadsCleanly) {
     ASSERT_TRUE(reader.readFile(pgn));
     EXPECT_EQ(reader.games(), 1u);
     for (const std::string& line : out.takeAll()) EXPECT_EQ(line.find("illegal"), std::string::npos) << line;
+  }
+}
+
+// Talvena speaking UCI (chosen by the "uci" it gets first) meets itself
+// speaking xboard and Debian's stockfish. The increment is more than the
+// runner's pauses after its commands cost a side (up to 300 ms a move), so
+// the clocks do not run down. Its opponents may still lose on time, as
+// fairymax above may; Talvena-as-UCI must never forfeit, and no side may play
+// an illegal move.
+TEST(TourneyRun, TalvenaAsUciPlaysItselfAsXboardAndStockfish) {
+  const TempFolder folder("uci");
+  ASSERT_TRUE(fs::exists(STOCKFISH)) << "tests/run.sh installs stockfish";
+  const std::string ini = writeTourney(folder, "uci", "<clock game_ms=\"6000\" increment_ms=\"400\"/>", 2,
+                                       {engineElement("TalvenaUci", "uci", TALVENA_BIN, ""),
+                                        engineElement("TalvenaXboard", "xboard", TALVENA_BIN, ""),
+                                        engineElement("Stockfish", "uci", STOCKFISH, "")},
+                                       "<opening_plies>3</opening_plies>");
+  runTourney(ini, 300000);
+  const std::map<std::string, std::string> results = readResults(folder.file("uci-1-results.tsv"));
+  ASSERT_EQ(results.size(), 4u);
+  for (const auto& [pair, verdict] : results) {
+    for (const char* bad : {"illegal move", "engine crashed", "game aborted", "?"}) {
+      EXPECT_EQ(verdict.find(bad), std::string::npos) << pair << ": " << verdict;
+    }
+    const std::string ucisWin = pair.rfind("TalvenaUci-", 0) == 0 ? "1-0 forfeit" : "0-1 forfeit";
+    if (verdict.find("forfeit") != std::string::npos) {
+      EXPECT_EQ(verdict, ucisWin) << pair;
+    }
   }
 }
 

@@ -1,0 +1,136 @@
+// How fast does the UCI session answer? Starts the talvena binary over pipes
+// in UCI and measures, over many searches, the time from "stop" to
+// "bestmove" during a deep search, and from "go movetime 100" to "bestmove".
+// Prints median and worst of each.
+//
+//   uci_latency /path/to/talvena [rounds]
+#include <signal.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/child_process.h"
+
+namespace {
+
+using kobubase::nowMs;
+
+// The engine behind two pipes; every read has a deadline. A line's arrival
+// is the moment it is taken, within a millisecond of its reading.
+class Child : public kobubase::clsRedirectedChild {
+ public:
+  explicit Child(const std::string& path) : clsRedirectedChild(path) {
+    if (start()) waitStarted();
+  }
+  ~Child() override {
+    closeInput();
+    waitExit(3000);
+    shutDown();
+  }
+  bool ok() const { return pid() > 0; }
+  void send(const std::string& line) {
+    if (!sendLine(line)) std::fprintf(stderr, "write failed\n");
+  }
+  // Reads until a line begins with prefix; the arrival time of that line.
+  std::optional<std::int64_t> waitFor(const std::string& prefix, int timeoutMs) {
+    for (const std::int64_t deadline = nowMs() + timeoutMs;; kobubase::sleepMs(1)) {
+      while (hasLine()) {
+        if (takeLine().rfind(prefix, 0) == 0) return nowMs();
+      }
+      if (!alive() || nowMs() > deadline) return std::nullopt;
+    }
+  }
+
+ protected:
+  void report(const std::string&) override {}
+};
+
+const char* const Positions[] = {
+    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
+    "r1bqkb1r/pppp1ppp/2n2n2/4p3/2B1P3/5N2/PPPP1PPP/RNBQK2R w KQkq - 4 4",
+    "r2q1rk1/pp2bppp/2n1pn2/3p4/3P4/2NBPN2/PP3PPP/R2Q1RK1 b - - 0 10",
+    "2rq1rk1/pb1nbppp/1p2pn2/2pp4/2PP4/1PN1PN2/PB2BPPP/2RQ1RK1 w - - 0 12",
+    "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+};
+
+void report(const char* what, std::vector<std::int64_t> values) {
+  if (values.empty()) {
+    std::printf("%-34s no samples\n", what);
+    return;
+  }
+  std::sort(values.begin(), values.end());
+  std::printf("%-34s n=%3zu  median %4lld ms  worst %4lld ms\n", what, values.size(),
+              static_cast<long long>(values[values.size() / 2]), static_cast<long long>(values.back()));
+}
+
+// Sends the position and "isready", and waits for the reply, so that the
+// timed command finds the session idle.
+bool setPosition(Child& engine, const char* fen) {
+  engine.send(std::string("position fen ") + fen);
+  engine.send("isready");
+  return engine.waitFor("readyok", 5000).has_value();
+}
+
+// A search of 300 ms, then "stop": ms until "bestmove".
+std::optional<std::int64_t> stopLatency(Child& engine, const char* fen) {
+  if (!setPosition(engine, fen)) return std::nullopt;
+  engine.send("go infinite");
+  kobubase::sleepMs(300);
+  const std::int64_t sent = nowMs();
+  engine.send("stop");
+  const std::optional<std::int64_t> at = engine.waitFor("bestmove", 5000);
+  if (!at) return std::nullopt;
+  return *at - sent;
+}
+
+// "go movetime 100": ms until "bestmove".
+std::optional<std::int64_t> moveTime(Child& engine, const char* fen) {
+  if (!setPosition(engine, fen)) return std::nullopt;
+  const std::int64_t sent = nowMs();
+  engine.send("go movetime 100");
+  const std::optional<std::int64_t> at = engine.waitFor("bestmove", 5000);
+  if (!at) return std::nullopt;
+  return *at - sent;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    std::fprintf(stderr, "usage: uci_latency /path/to/talvena [rounds]\n");
+    return 2;
+  }
+  signal(SIGPIPE, SIG_IGN);
+  const std::string path = argv[1];
+  const int rounds = argc > 2 ? std::max(1, std::atoi(argv[2])) : 50;
+  Child engine(path);
+  if (!engine.ok()) {
+    std::fprintf(stderr, "cannot start %s %s\n", path.c_str(), engine.startError().c_str());
+    return 1;
+  }
+  engine.send("uci");
+  engine.send("setoption name OwnBook value false");  // a book move would end the search at once
+  if (!engine.waitFor("uciok", 5000)) {
+    std::fprintf(stderr, "no uciok\n");
+    return 1;
+  }
+  std::vector<std::int64_t> stops, moves;
+  int failures = 0;
+  for (int round = 0; round < rounds; ++round) {
+    const char* fen = Positions[round % std::size(Positions)];
+    const std::optional<std::int64_t> stop = stopLatency(engine, fen);
+    stop ? stops.push_back(*stop) : void(++failures);
+    const std::optional<std::int64_t> move = moveTime(engine, fen);
+    move ? moves.push_back(*move) : void(++failures);
+  }
+  engine.send("quit");
+  std::printf("UCI latency of %s\n", path.c_str());
+  report("\"stop\" until \"bestmove\"", stops);
+  report("\"go movetime 100\" until \"bestmove\"", moves);
+  std::printf("failures (no bestmove): %d\n", failures);
+  return failures == 0 ? 0 : 1;
+}

@@ -57,8 +57,8 @@ std::string replacedFile(const std::string& path) {
 
 // Best effort: makes the rename itself survive a crash.
 void syncFolder(const std::string& path) {
-  std::string folder = std::filesystem::path(path).parent_path().string();
-  if (folder.empty()) folder = ".";
+  std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  if (folder.empty()) folder = std::filesystem::path(".");
   const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
   ::fsync(fd);
@@ -87,10 +87,6 @@ std::FILE* openForReading(const std::string& path, std::string& error) {
 
 std::FILE* openForAppending(const std::string& path, std::string& error) {
   return openStream(path, O_WRONLY | O_APPEND | O_CREAT, "ab", error);
-}
-
-std::FILE* openForWriting(const std::string& path, std::string& error) {
-  return openStream(path, O_WRONLY | O_TRUNC | O_CREAT, "wb", error);
 }
 
 bool readWholeFile(const std::string& path, std::string& text, std::string& error, std::uint64_t limit) {

@@ -29,8 +29,6 @@ std::string notRegularLine(const std::string& path);
 std::FILE* openForReading(const std::string& path, std::string& error);
 // A regular file, created when missing, opened for binary appending, or nullptr.
 std::FILE* openForAppending(const std::string& path, std::string& error);
-// A regular file, created when missing, emptied and opened for binary writing, or nullptr.
-std::FILE* openForWriting(const std::string& path, std::string& error);
 
 // The whole of a regular file of at most `limit` bytes.
 bool readWholeFile(const std::string& path, std::string& text, std::string& error,

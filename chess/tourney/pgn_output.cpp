@@ -30,10 +30,11 @@ bool fromHeaders(const TourneyConfig& config, std::string_view key) {
   return false;
 }
 
-// Appends text to a file, or writes it afresh; "" or the error line.
+// Appends text to a file, or replaces the file whole; "" or the error line.
 std::string writeFile(const std::string& path, bool append, const std::string& text) {
   std::string opening;
-  std::FILE* file = append ? kobubase::openForAppending(path, opening) : kobubase::openForWriting(path, opening);
+  if (!append) return kobubase::writeFileAtomically(path, text, opening) ? std::string() : opening;
+  std::FILE* file = kobubase::openForAppending(path, opening);
   if (file == nullptr) return opening;
   errno = 0;
   const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();

@@ -127,6 +127,10 @@ bool writeFileAtomically(const std::string& path, const FileFiller& fill, std::s
     error = notRegularLine(path);
     return false;
   }
+  if (exists && ::access(target.c_str(), W_OK) != 0) {  // a read-only file is not replaced either
+    error = errorLine(failure());
+    return false;
+  }
   std::string temporary = target + ".XXXXXX";
   const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
   if (fd < 0) {

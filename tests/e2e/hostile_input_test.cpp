@@ -207,6 +207,12 @@ TEST_F(HostileInput, EveryFileCommandAnswersForAnyKindOfPath) {
       EXPECT_EQ(answer.front().rfind("#", 0), 0u);
     }
   }
+  // A text file beyond the bound the README states (sparse: it costs no disk).
+  const std::string big = file("big.epd");
+  writeBytes(big, "");
+  fs::resize_file(big, (64u << 20) + 1);
+  EXPECT_EQ(run("\\epd 100 " + big, "# error").back(), "# error: " + big + " is larger than 64 MiB");
+  expectPong(++ping);
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <cstdio>
 
+#include "base/file_io.h"
+
 namespace kobubase {
 
 std::int64_t nowMs() {
@@ -85,7 +87,8 @@ clsTimer::clsTimer(std::string name, std::string logPath) : name_(std::move(name
 
 clsTimer::~clsTimer() {
   if (logPath_.empty() || laps_ < 1) return;
-  if (std::FILE* file = std::fopen(logPath_.c_str(), "ab+")) {
+  std::string error;
+  if (std::FILE* file = openForAppending(logPath_, error)) {
     const std::string line = report() + "\r\n";
     std::fwrite(line.data(), 1, line.size(), file);
     std::fclose(file);

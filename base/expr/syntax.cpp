@@ -1,5 +1,7 @@
 #include "base/expr/syntax.h"
 
+#include <algorithm>
+
 #include "base/expr/error.h"
 
 namespace kobubase {
@@ -51,6 +53,14 @@ void clsParser::enter() {
   if (++depth_ > MAX_DEPTH) failAt(peek().column, "formula nested too deeply");
 }
 
+std::unique_ptr<Node> clsParser::measured(std::unique_ptr<Node> node) {
+  for (const auto& child : node->children) node->height = std::max(node->height, child->height + 1);
+  if (node->height > MAX_HEIGHT) {
+    failAt(node->column, "formula more than " + std::to_string(MAX_HEIGHT) + " levels deep");
+  }
+  return node;
+}
+
 std::unique_ptr<Node> clsParser::binary(int level) {
   if (level == static_cast<int>(LEVELS.size())) return unary();
   std::unique_ptr<Node> left = binary(level + 1);
@@ -68,7 +78,7 @@ std::unique_ptr<Node> clsParser::binary(int level) {
     node->column = token.column;
     node->children.push_back(std::move(left));
     node->children.push_back(binary(level + 1));
-    left = std::move(node);
+    left = measured(std::move(node));
   }
   return left;
 }
@@ -85,7 +95,7 @@ std::unique_ptr<Node> clsParser::unary() {
     node->column = token.column;
     node->children.push_back(unary());
     --depth_;
-    return node;
+    return measured(std::move(node));
   }
   return primary();
 }
@@ -136,7 +146,7 @@ std::unique_ptr<Node> clsParser::call(const Token& name) {
   }
   expect(")");
   --depth_;
-  return node;
+  return measured(std::move(node));
 }
 
 }  // namespace kobubase

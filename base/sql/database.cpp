@@ -26,6 +26,15 @@ SqlCell columnCell(sqlite3_stmt* statement, int i) {
   }
 }
 
+std::size_t rowBytes(const SqlRow& row) {
+  std::size_t bytes = 0;
+  for (const SqlCell& cell : row) {
+    const auto* text = std::get_if<std::string>(&cell);
+    bytes += text ? text->size() : 8;
+  }
+  return bytes;
+}
+
 bool bindCell(sqlite3_stmt* statement, int i, const SqlCell& cell) {
   if (const auto* n = std::get_if<std::int64_t>(&cell)) return sqlite3_bind_int64(statement, i, *n) == SQLITE_OK;
   if (const auto* d = std::get_if<double>(&cell)) return sqlite3_bind_double(statement, i, *d) == SQLITE_OK;
@@ -48,6 +57,8 @@ clsDatabase::clsDatabase() {
     db_ = nullptr;
     return;
   }
+  // Defensive: no query can write the schema itself (writable_schema) and break every table.
+  sqlite3_db_config(db_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_set_authorizer(db_, authorize, this);
 }
 
@@ -105,14 +116,19 @@ SqlResult clsDatabase::query(const std::string& sql) {
       for (int i = 0; i < columns; ++i) result.columns.emplace_back(sqlite3_column_name(statement, i));
     }
     int step;
+    std::size_t bytes = 0;
     while ((step = sqlite3_step(statement)) == SQLITE_ROW) {
-      if (result.rows.size() >= MAX_RESULT_ROWS) {
-        ++result.dropped;
-        continue;
+      if (result.rows.size() < MAX_RESULT_ROWS && !result.cut) {
+        SqlRow row;
+        for (int i = 0; i < columns; ++i) row.push_back(columnCell(statement, i));
+        bytes += rowBytes(row);
+        result.cut = bytes > MAX_RESULT_BYTES;
+        if (!result.cut) {
+          result.rows.push_back(std::move(row));
+          continue;
+        }
       }
-      SqlRow row;
-      for (int i = 0; i < columns; ++i) row.push_back(columnCell(statement, i));
-      result.rows.push_back(std::move(row));
+      ++result.dropped;
     }
     if (step != SQLITE_DONE) result = SqlResult{false, sqlite3_errmsg(db_), {}, {}, 0, 0};
     sqlite3_finalize(statement);

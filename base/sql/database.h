@@ -33,7 +33,8 @@ struct SqlResult {
   std::vector<std::string> columns;
   std::vector<SqlRow> rows;
   std::int64_t changes = 0;  // rows written by the statements
-  std::int64_t dropped = 0;  // rows beyond MAX_RESULT_ROWS, counted only
+  std::int64_t dropped = 0;  // rows beyond MAX_RESULT_ROWS or MAX_RESULT_BYTES, counted only
+  bool cut = false;          // rows were dropped for their size
 };
 
 class clsDatabase {
@@ -41,6 +42,8 @@ class clsDatabase {
   static constexpr int QUERY_LIMIT_MS = 20000;
   // Rows kept of one result; the rest is counted but not held.
   static constexpr std::size_t MAX_RESULT_ROWS = 100000;
+  // Bytes of cells kept of one result (texts, and 8 a number).
+  static constexpr std::size_t MAX_RESULT_BYTES = std::size_t{16} << 20;
 
   clsDatabase();
   ~clsDatabase();
@@ -86,8 +89,12 @@ class clsDatabase {
 std::string quoteIdentifier(const std::string& name);
 // The result as an aligned table: a header line, a rule of dashes, the rows
 // (numbers right-aligned, text left-aligned, NULL as "NULL") and a count line
-// "(N rows)". At most maxRows rows are shown; the count says how many exist.
+// "(N rows)". At most maxRows rows and MAX_SHOWN_BYTES of them are shown, a
+// cell's text is cut at MAX_SHOWN_CELL characters; the count line says how
+// many rows exist and what was cut.
 // An error result gives the one line "error: " and SQLite's message.
+inline constexpr std::size_t MAX_SHOWN_BYTES = std::size_t{1} << 20;
+inline constexpr std::size_t MAX_SHOWN_CELL = 1000;
 std::vector<std::string> tableLines(const SqlResult& result, std::size_t maxRows = 200);
 // A cell as text: integers in decimal, reals with up to six significant digits.
 std::string cellText(const SqlCell& cell);

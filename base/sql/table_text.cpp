@@ -19,13 +19,26 @@ std::string cellText(const SqlCell& cell) {
 std::vector<std::string> tableLines(const SqlResult& result, std::size_t maxRows) {
   if (!result.ok) return {"error: " + result.error};
   if (result.columns.empty()) return {std::to_string(result.changes).insert(0, 1, '(') + " rows changed)"};
-  const std::size_t shown = result.rows.size() < maxRows ? result.rows.size() : maxRows;
+  std::size_t shown = result.rows.size() < maxRows ? result.rows.size() : maxRows;
   std::vector<std::size_t> width;
   for (const std::string& name : result.columns) width.push_back(name.size());
   std::vector<std::vector<std::string>> texts(shown);
+  bool cellsCut = false;
+  std::size_t bytes = 0;
   for (std::size_t r = 0; r < shown; ++r) {
+    if (bytes > MAX_SHOWN_BYTES) {
+      shown = r;
+      texts.resize(shown);
+      break;
+    }
     for (std::size_t c = 0; c < result.columns.size(); ++c) {
       std::string text = c < result.rows[r].size() ? cellText(result.rows[r][c]) : "";
+      if (text.size() > MAX_SHOWN_CELL) {
+        text.resize(MAX_SHOWN_CELL);
+        text += "...";
+        cellsCut = true;
+      }
+      bytes += text.size() + 2;
       for (char& ch : text) {
         if (ch == '\n' || ch == '\r' || ch == '\t') ch = ' ';  // one row, one line
       }
@@ -57,6 +70,11 @@ std::vector<std::string> tableLines(const SqlResult& result, std::size_t maxRows
   const std::size_t total = result.rows.size() + static_cast<std::size_t>(result.dropped);
   std::string count = std::to_string(total).insert(0, 1, '(') + (total == 1 ? " row" : " rows");
   if (shown < total) count += ", " + std::to_string(shown) + " shown";
+  if (result.cut) count += ", rows beyond " + std::to_string(clsDatabase::MAX_RESULT_BYTES >> 20) + " MiB not kept";
+  if (shown < result.rows.size() && shown < maxRows) {
+    count += ", output cut at " + std::to_string(MAX_SHOWN_BYTES >> 20) + " MiB";
+  }
+  if (cellsCut) count += ", texts cut at " + std::to_string(MAX_SHOWN_CELL) + " characters";
   lines.push_back(count + ")");
   return lines;
 }

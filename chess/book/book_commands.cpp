@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "base/file_io.h"
 #include "base/text.h"
-
 #include "chess/book/book.h"
 #include "chess/book/book_file.h"
 #include "chess/book/book_paths.h"
@@ -87,13 +87,29 @@ std::optional<BuildRequest> parseBuildRequest(const std::vector<std::string>& wo
 // Says why a book did not load when the file itself cannot be opened; the
 // loader reports what is wrong inside a file it could open.
 void reportUnreadable(const std::string& path, kobubase::clsOutBuffer& out) {
-  errno = 0;
-  std::FILE* file = std::fopen(path.c_str(), "rb");
+  std::string error;
+  std::FILE* file = kobubase::openForReading(path, error);
   if (file == nullptr) {
-    out.print(kobubase::errorLine(errno ? errno : ENOENT));
+    out.print(error);
   } else {
     std::fclose(file);
   }
+}
+
+// A failed save leaves the file it was to replace as it was.
+bool saveOrSay(const clsBook& book, const std::string& path, std::int32_t limit, kobubase::clsOutBuffer& out) {
+  if (saveBook(book, path, limit, out)) return true;
+  out.print("# error saving " + path);
+  out.print("# " + path + " is as it was");
+  return false;
+}
+
+// The inputs of a build that a save to `target` would overwrite.
+std::optional<std::string> inputAt(const std::vector<std::string>& files, const std::string& target) {
+  for (const std::string& file : files) {
+    if (sameFile(file, target)) return file;
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -117,11 +133,7 @@ int commandSaveBook(clsBook& book, const std::string& args, kobubase::clsOutBuff
   const std::optional<int> limit = limitArgument(words, 1);
   if (words.empty() || !limit) return saveBookUsage(out);
   out.print("# wait...\r", false);
-  if (saveBook(book, words[0], *limit, out)) {
-    out.print("# book " + words[0] + " saved");
-  } else {
-    out.print("# error saving " + words[0]);
-  }
+  if (saveOrSay(book, words[0], *limit, out)) out.print("# book " + words[0] + " saved");
   return HANDLED;
 }
 
@@ -155,6 +167,7 @@ int commandMergeBooks(const std::string& args, kobubase::clsOutBuffer& out) {
   out.print("# saving " + std::to_string(merged.count()) + " positions in " + target);
   if (!saveBook(merged, target, *limit, out)) {
     out.print("# can't save " + target);
+    out.print("# " + target + " is as it was");
     failed = true;
   }
   out.print(failed ? "# error merging books" : "# done");
@@ -169,6 +182,10 @@ int commandBuildBooks(const std::string& args, kobubase::clsOutBuffer& out) {
     out.print("# no .pgn files in " + request->source);
     return HANDLED;
   }
+  if (const std::optional<std::string> input = inputAt(files, request->target)) {
+    out.print("# error: the output " + request->target + " is the input " + *input + "; nothing was built");
+    return HANDLED;
+  }
   clsPGNFile reader(out, request->movesCount, request->type);
   for (std::size_t i = 0; i < files.size(); ++i) {
     out.print("# reading file " + std::to_string(i + 1) + " of " + std::to_string(files.size()) + " : " + files[i]);
@@ -176,7 +193,7 @@ int commandBuildBooks(const std::string& args, kobubase::clsOutBuffer& out) {
   }
   if (request->type == clsPGNFile::TYPE_BOOK) {
     out.print("# saving book " + request->target + " with " + std::to_string(reader.book().count()) + " positions");
-    saveBook(reader.book(), request->target, 0, out);
+    saveOrSay(reader.book(), request->target, 0, out);
   } else {
     reader.saveFENs(request->target, 0);
   }
@@ -199,7 +216,7 @@ int commandCvBooks(const std::string& args, kobubase::clsOutBuffer& out) {
       continue;
     }
     const std::string base = std::filesystem::path(files[i]).replace_extension().string();
-    saveBook(book, base + ".sb2", 0, out);
+    saveOrSay(book, base + ".sb2", 0, out);
     out.print("\n# test");
     clsBook copy;
     const bool same = saveBook(book, base + ".sb3", 0, out) && loadBook(copy, base + ".sb3", 0, out) &&

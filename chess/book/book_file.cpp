@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "base/file_io.h"
 #include "base/text.h"
 #include "chess/book/book.h"
 
@@ -12,10 +13,6 @@ namespace kbuChess {
 namespace {
 
 constexpr std::size_t IO_BUFFER_BYTES = 1 << 16;
-
-void printSystemError(kobubase::clsOutBuffer& out, int error) {
-  out.print(kobubase::errorLine(error));
-}
 
 bool keepByLimit(const BookRecord& r, std::int32_t limit) {
   return static_cast<std::int64_t>(bookPlayed(r.wins, r.losses, r.draws)) >= limit;
@@ -160,24 +157,16 @@ int writeBook(std::FILE* file, const clsBook& book, std::int32_t limit) {
 }  // namespace
 
 bool saveBook(const clsBook& book, const std::string& path, std::int32_t limit, kobubase::clsOutBuffer& out) {
-  errno = 0;
-  std::FILE* file = std::fopen(path.c_str(), "wb");
-  if (file == nullptr) {
-    printSystemError(out, errno);
-    return false;
-  }
-  errno = 0;
-  int error = writeBook(file, book, limit);
-  if (std::fclose(file) != 0 && error == 0) error = errno ? errno : EIO;
-  if (error != 0) {
-    printSystemError(out, error);
-    return false;
-  }
-  return true;
+  std::string error;
+  const bool saved = kobubase::writeFileAtomically(
+      path, [&](std::FILE* file) { return writeBook(file, book, limit); }, error);
+  if (!saved) out.print(error);
+  return saved;
 }
 
 bool loadBook(clsBook& book, const std::string& path, std::int32_t limit, kobubase::clsOutBuffer& out) {
-  std::FILE* file = std::fopen(path.c_str(), "rb");
+  std::string error;
+  std::FILE* file = kobubase::openForReading(path, error);
   if (file == nullptr) return false;
   clsByteReader reader(file);
   char magic[6];

@@ -32,7 +32,8 @@ inline constexpr long BOOK_COUNT_OFFSET = 10;
 inline constexpr int BOOK_RESERVED_BYTES = 32;
 inline constexpr int BOOK_HEADER_BYTES = 46;
 
-// Writes the book; false (with an "# error" line) when the file cannot be written.
+// Writes the book through a temporary file renamed over `path`; false (with an
+// "# error" line) when it cannot be written, and then the old file stands.
 bool saveBook(const clsBook& book, const std::string& path, std::int32_t limit, kobubase::clsOutBuffer& out);
 // Adds the file's positions to the book. False when the file is missing, is not
 // a book, or ends early; the positions read before the end stay in the book.

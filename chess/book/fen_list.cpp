@@ -2,12 +2,15 @@
 // each game, written as text, one line per distinct position:
 //   <FEN: placement, side, castling, en passant> <wins> <losses> <draws>
 // with the counts from the point of view of the side to move, lines ended by
-// CR LF, appended to the file.
+// CR LF, appended to the file. The old lines and the new ones are written to a
+// temporary file that replaces the list only when all of it was written.
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
+#include "base/file_io.h"
 #include "base/text.h"
 #include "chess/book/pgn_file.h"
 
@@ -52,6 +55,34 @@ void compact(std::vector<clsFENResult>& list, kobubase::clsOutBuffer& out) {
   list.resize(write);
 }
 
+int writeFailure() {
+  return errno ? errno : EIO;
+}
+
+// The lines already in the list, copied ahead of the new ones (the list is appended to).
+int copyExisting(const std::string& path, std::FILE* to) {
+  std::error_code missing;
+  if (!std::filesystem::exists(path, missing)) return 0;
+  std::string error;
+  std::FILE* from = kobubase::openForReading(path, error);
+  if (from == nullptr) return writeFailure();
+  std::vector<char> chunk(1 << 16);
+  int result = 0;
+  std::size_t got;
+  while (result == 0 && (got = std::fread(chunk.data(), 1, chunk.size(), from)) > 0) {
+    if (std::fwrite(chunk.data(), 1, got, to) != got) result = writeFailure();
+  }
+  if (result == 0 && std::ferror(from)) result = writeFailure();
+  std::fclose(from);
+  return result;
+}
+
+int writeLine(const clsFENResult& item, std::FILE* file) {
+  const std::string line = item.fen + " " + std::to_string(item.wins) + " " + std::to_string(item.losses) + " " +
+                           std::to_string(item.draws) + "\r\n";
+  return std::fwrite(line.data(), 1, line.size(), file) == line.size() ? 0 : writeFailure();
+}
+
 }  // namespace
 
 bool clsPGNFile::saveFENs(const std::string& path, std::int32_t limit) {
@@ -63,21 +94,18 @@ bool clsPGNFile::saveFENs(const std::string& path, std::int32_t limit) {
   out_.print("# compact...");
   compact(fens_, out_);
   out_.print("# saving FENs book (" + path);
-  std::FILE* file = std::fopen(path.c_str(), "ab+");
-  if (file == nullptr) {
-    const int error = errno;
-    out_.print(kobubase::errorLine(error));
-    return false;
-  }
-  bool written = true;
-  for (const clsFENResult& item : fens_) {
-    const std::string line = item.fen + " " + std::to_string(item.wins) + " " + std::to_string(item.losses) + " " +
-                             std::to_string(item.draws) + "\r\n";
-    written = written && std::fwrite(line.data(), 1, line.size(), file) == line.size();
-  }
-  const int error = errno;
-  if (std::fclose(file) != 0 || !written) {
-    out_.print(kobubase::errorLine(error));
+  std::string error;
+  const bool saved = kobubase::writeFileAtomically(
+      path,
+      [&](std::FILE* file) {
+        int result = copyExisting(path, file);
+        for (std::size_t i = 0; i < fens_.size() && result == 0; ++i) result = writeLine(fens_[i], file);
+        return result;
+      },
+      error);
+  if (!saved) {
+    out_.print(error);
+    out_.print("# FEN list " + path + " not saved");
     return false;
   }
   out_.print("# saved " + std::to_string(fens_.size()) + " fens - cleaning up...");

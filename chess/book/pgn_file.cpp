@@ -41,10 +41,9 @@ clsPGNFile::~clsPGNFile() = default;
 bool clsPGNFile::readFile(const std::string& path) {
   fileName_ = path;
   lastPercent_ = -1;
-  errno = 0;
-  if (!scanner_.scanFile(path)) {
-    const int error = errno ? errno : ENOENT;
-    out_.print(kobubase::errorLine(error));
+  std::string error;
+  if (!scanner_.scanFile(path, error)) {
+    out_.print(error);
     return false;
   }
   flushBatch();

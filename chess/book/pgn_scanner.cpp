@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "base/file_io.h"
 #include "base/text.h"
 
 namespace kbuChess {
@@ -294,8 +295,8 @@ void clsPGNScanner::finish() {
   lineStart_ = true;
 }
 
-bool clsPGNScanner::scanFile(const std::string& path) {
-  std::FILE* file = std::fopen(path.c_str(), "rb");
+bool clsPGNScanner::scanFile(const std::string& path, std::string& error) {
+  std::FILE* file = kobubase::openForReading(path, error);
   if (file == nullptr) return false;
   fileSize_ = 0;
   if (std::fseek(file, 0, SEEK_END) == 0) {

@@ -44,8 +44,8 @@ class clsPGNScanner {
   void feed(const char* data, std::size_t size);
   // Ends the input: closes an open game and reports unterminated parts.
   void finish();
-  // Feeds a whole file through a fixed buffer; false (errno set) when it cannot be opened.
-  bool scanFile(const std::string& path);
+  // Feeds a whole regular file through a fixed buffer; false (with the error line) when it cannot be opened.
+  bool scanFile(const std::string& path, std::string& error);
 
   std::uint64_t games() const { return games_; }
   // Bytes consumed so far; during a listener call, up to the current character.

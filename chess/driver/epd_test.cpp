@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/file_io.h"
 #include "chess/driver/talvena.h"
 
 namespace kbuChess {
@@ -19,14 +20,14 @@ constexpr std::int64_t DefaultEpdMs = 60000;
 // command's own reply names it; give a file to run a test here.
 constexpr const char* DefaultEpdFile = "D:\\A\\KOBU\\KobuChess\\TestPositions\\arasan19.epd";
 
-// The non-empty lines of a text file; false with errno set when it cannot be read.
-bool readLines(const std::string& path, std::vector<std::string>& lines) {
-  std::FILE* file = std::fopen(path.c_str(), "rb");
-  if (!file) return false;
+// The non-empty lines of a text file; false with the error line when it cannot be read.
+bool readLines(const std::string& path, std::vector<std::string>& lines, std::string& error) {
+  std::string text;
+  if (!kobubase::readWholeFile(path, text, error)) return false;
   std::string line;
-  for (int c = std::fgetc(file); c != EOF; c = std::fgetc(file)) {
+  for (const char c : text) {
     if (c != '\n') {
-      line += static_cast<char>(c);
+      line += c;
       continue;
     }
     if (!line.empty() && line.back() == '\r') line.pop_back();
@@ -34,7 +35,6 @@ bool readLines(const std::string& path, std::vector<std::string>& lines) {
     line.clear();
   }
   if (!line.empty()) lines.push_back(line);
-  std::fclose(file);
   return true;
 }
 
@@ -47,8 +47,9 @@ int clsTalvena::cmdEpd(const std::string& rest) {
   if (file.empty()) file = DefaultEpdFile;
   print("# time " + std::to_string(ms) + " ms - file " + file);
   EpdRun run;
-  if (!readLines(file, run.lines)) {
-    print(kobubase::errorLine(errno));
+  std::string error;
+  if (!readLines(file, run.lines, error)) {
+    print(error);
     return CMD_PRINTED;
   }
   epd_ = std::move(run);

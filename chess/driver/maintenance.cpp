@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <thread>
 
+#include "base/file_io.h"
 #include "chess/book/book_commands.h"
 #include "chess/driver/talvena.h"
 #include "chess/tourney/learning.h"
@@ -22,7 +23,8 @@ constexpr std::int64_t MAX_DEBUG_SETTING = 100;
 
 // The first line of a readable file (at most 64 KiB of it), or false.
 bool firstLineOfFile(const std::string& path, std::string& line) {
-  std::FILE* file = std::fopen(path.c_str(), "rb");
+  std::string error;
+  std::FILE* file = kobubase::openForReading(path, error);
   if (!file) return false;
   std::string buffer(65536, '\0');
   const bool read = std::fgets(buffer.data(), static_cast<int>(buffer.size()), file) != nullptr;

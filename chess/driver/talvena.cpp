@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "base/file_io.h"
 #include "chess/board/tables.h"
 #include "chess/book/book_commands.h"
 #include "chess/driver/console.h"
@@ -147,16 +148,17 @@ int clsTalvena::executeCommand(const std::string& line) {
 
 void clsTalvena::logCommand(const std::string& word, const std::string& rest) {
   if (logPath_.empty()) return;
-  if (!logFile_) {
-    logFile_ = std::fopen(logPath_.c_str(), "ab");
-    if (!logFile_) {
-      print(kobubase::errorLine(errno));
-      logPath_.clear();  // say it once, then go on without a log
-      return;
-    }
+  std::string error;
+  if (!logFile_) logFile_ = kobubase::openForAppending(logPath_, error);
+  if (logFile_) {
+    errno = 0;
+    if (std::fprintf(logFile_, "%s\t%s\n", word.c_str(), rest.c_str()) >= 0 && std::fflush(logFile_) == 0) return;
+    error = kobubase::errorLine(errno ? errno : EIO);
+    std::fclose(logFile_);
+    logFile_ = nullptr;
   }
-  std::fprintf(logFile_, "%s\t%s\n", word.c_str(), rest.c_str());
-  std::fflush(logFile_);
+  print(error + " (log " + logPath_ + ")");
+  logPath_.clear();  // say it once, then go on without a log
 }
 
 // --- think and play

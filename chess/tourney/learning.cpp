@@ -121,6 +121,11 @@ bool clsLearning::loadFile() {
 int clsLearning::runGenerations(std::vector<Soul> population) {
   int completed = 0;
   for (int g = 0; g < settings_.generations && !stop_.load(); ++g) {
+    if (file_.lastNumber() == MAX_GENERATION_NUMBER) {
+      out_.print("# soul file " + settings_.file + " holds generation " + std::to_string(MAX_GENERATION_NUMBER) +
+                 ", the last number a soul file can hold: learn into a new file");
+      return completed;
+    }
     const int number = file_.lastNumber() + 1;
     if (population.empty()) population = nextPopulation(number);
     if (population.size() < 2) {
@@ -136,8 +141,6 @@ int clsLearning::runGenerations(std::vector<Soul> population) {
                  std::to_string(number - 1));
       return completed;
     }
-    // A file that held only an unplayed population is replaced by its played form.
-    if (!file_.empty() && file_.last().number == 0) file_.generations.pop_back();
     file_.generations.push_back(rank(population, scores, number, games));
     std::string error;
     if (!writeSoulFile(settings_.file, file_, error)) {
@@ -157,7 +160,11 @@ int clsLearning::runGenerations(std::vector<Soul> population) {
 // of those up to the engines count.
 std::vector<Soul> clsLearning::nextPopulation(int number) {
   std::size_t count = static_cast<std::size_t>(settings_.enginesCount);
-  if (count == 0) count = file_.empty() ? std::size(SOUL_PRESETS) : std::max<std::size_t>(file_.last().souls.size(), 2);
+  if (count == 0) {
+    count = file_.empty() ? std::size(SOUL_PRESETS)
+                          : std::clamp<std::size_t>(file_.last().souls.size(), LearningSettings::MIN_ENGINES,
+                                                    LearningSettings::MAX_ENGINES);
+  }
   std::vector<Soul> parents;
   if (file_.empty()) {
     for (const char* preset : SOUL_PRESETS) parents.push_back(parseSoul(preset));

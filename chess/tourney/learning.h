@@ -47,7 +47,7 @@ struct LearningSettings {
 
   std::string file = DEFAULT_SOUL_FILE;
   int generations = 1;
-  int enginesCount = 8;  // 0: as many as the file's last generation (the presets for a new file)
+  int enginesCount = 8;  // 0: as many as the file's last generation (2 to 64; the presets for a new file)
   int msPerMove = 100;
   int maxMoves = 100;  // moves of each side, opening included; then the game is a draw
   int threads = 1;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "base/file_io.h"
 #include "base/text.h"
 #include "base/version.h"
 
@@ -30,11 +31,13 @@ bool fromHeaders(const TourneyConfig& config, std::string_view key) {
   return false;
 }
 
-// Writes text to a file opened with `mode`; "" or the error line.
-std::string writeFile(const std::string& path, const char* mode, const std::string& text) {
+// Appends text to a file, or replaces the file whole; "" or the error line.
+std::string writeFile(const std::string& path, bool append, const std::string& text) {
+  std::string opening;
+  if (!append) return kobubase::writeFileAtomically(path, text, opening) ? std::string() : opening;
+  std::FILE* file = kobubase::openForAppending(path, opening);
+  if (file == nullptr) return opening;
   errno = 0;
-  std::FILE* file = std::fopen(path.c_str(), mode);
-  if (file == nullptr) return kobubase::errorLine(errno ? errno : EIO);
   const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
   const int error = errno;
   const bool closed = std::fclose(file) == 0;
@@ -112,7 +115,7 @@ std::vector<std::string> writeGameFiles(const clsGame& game, const std::vector<s
   if (!folder.empty()) std::filesystem::create_directories(folder, ignored);
   std::string log;
   for (std::size_t i = 0; i < logLines.size(); ++i) log += (i ? "\r\n" : "") + logLines[i];
-  for (const std::string& error : {writeFile(base + ".pgn", "ab", pgnText(game)), writeFile(base + ".log", "wb", log)})
+  for (const std::string& error : {writeFile(base + ".pgn", true, pgnText(game)), writeFile(base + ".log", false, log)})
     if (!error.empty()) errors.push_back(error);
   return errors;
 }

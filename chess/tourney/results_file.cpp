@@ -3,9 +3,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <limits>
 #include <mutex>
+#include <sstream>
+
+#include "base/file_io.h"
 
 namespace kbuChess {
 
@@ -82,7 +84,8 @@ std::string resultsLine(const GameResultRow& row) {
 }
 
 bool appendResultsLine(const std::string& path, const GameResultRow& row) {
-  std::FILE* file = std::fopen(path.c_str(), "ab");
+  std::string error;
+  std::FILE* file = kobubase::openForAppending(path, error);
   if (!file) return false;
   std::fseek(file, 0, SEEK_END);
   const bool fresh = std::ftell(file) == 0;
@@ -93,11 +96,12 @@ bool appendResultsLine(const std::string& path, const GameResultRow& row) {
 }
 
 bool readResultsFile(const std::string& path, std::vector<GameResultRow>& rows, std::vector<std::string>& problems) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    problems.push_back(path + ": " + std::strerror(errno));
+  std::string text, error;
+  if (!kobubase::readWholeFile(path, text, error)) {
+    problems.push_back(path + ": " + error.substr(2));  // the caller adds its own prefix
     return false;
   }
+  std::istringstream in(text);
   std::string line;
   const bool any = static_cast<bool>(std::getline(in, line));
   if (!line.empty() && line.back() == '\r') line.pop_back();

@@ -1,15 +1,10 @@
 #include "chess/tourney/soul_file.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <charconv>
-#include <cstdio>
 #include <sstream>
 #include <string_view>
 
-#include "base/text.h"
+#include "base/file_io.h"
 
 namespace kbuChess {
 
@@ -157,8 +152,10 @@ bool readSoulLine(const std::string& line, Soul& soul, std::string& why) {
 }
 
 std::string soulFileText(const SoulFile& file) {
-  std::string text;
-  for (const SoulGeneration& generation : file.generations) {
+  std::string text = file.readText;
+  if (!text.empty() && text.back() != '\n') text += '\n';
+  for (std::size_t i = file.readGenerations; i < file.generations.size(); ++i) {
+    const SoulGeneration& generation = file.generations[i];
     if (generation.number > 0) {
       text += std::string(GENERATION_PREFIX) + std::to_string(generation.number) + " games " +
               std::to_string(generation.games) + " scores";
@@ -185,48 +182,21 @@ SoulFile parseSoulFile(const std::string& text, const std::string& source) {
 
 bool readSoulFile(const std::string& path, SoulFile& file) {
   file = SoulFile{};
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  std::string text;
-  ssize_t n = fd < 0 ? -1 : 0;
-  char chunk[65536];
-  while (fd >= 0 && ((n = ::read(fd, chunk, sizeof chunk)) > 0 || (n < 0 && errno == EINTR))) {
-    if (n > 0) text.append(chunk, static_cast<std::size_t>(n));
-  }
-  // A folder opens but cannot be read: both end here with the system's reason.
-  if (n < 0) {
-    file.problems.push_back(kobubase::errorLine(errno) + " reading " + path);
-    if (fd >= 0) ::close(fd);
+  std::string text, error;
+  if (!kobubase::readWholeFile(path, text, error)) {
+    file.problems.push_back(error + " reading " + path);
     return false;
   }
-  ::close(fd);
   file = parseSoulFile(text, path);
+  file.readGenerations = file.generations.size();
+  file.readText = std::move(text);
   return true;
 }
 
 bool writeSoulFile(const std::string& path, const SoulFile& file, std::string& error) {
-  const std::string temporary = path + ".tmp";
-  const std::string text = soulFileText(file);
-  const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (fd < 0) {
-    error = kobubase::errorLine(errno) + " writing " + temporary;
-    return false;
-  }
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) break;
-    done += static_cast<std::size_t>(n);
-  }
-  const bool written = done == text.size() && ::fsync(fd) == 0;
-  const int writeErrno = errno;
-  ::close(fd);
-  if (!written || std::rename(temporary.c_str(), path.c_str()) != 0) {
-    error = kobubase::errorLine(written ? errno : writeErrno) + " writing " + path;
-    std::remove(temporary.c_str());
-    return false;
-  }
-  return true;
+  if (kobubase::writeFileAtomically(path, soulFileText(file), error)) return true;
+  error += " writing " + path;
+  return false;
 }
 
 }  // namespace kbuChess

@@ -6,9 +6,12 @@
 // in half-points (2 a win, 1 a draw). Soul lines before any generation line
 // are a population that has not played yet (generation 0), so a hand-written
 // list of souls is a valid start. Other comment lines and blank lines are
-// skipped and not written back. The file is rewritten whole after every
+// skipped. A file only ever gains generations: what was read (unplayed souls,
+// comments, even lines that were refused) is written back as it was, followed
+// by the generations played since. The file is rewritten whole after every
 // generation through a temporary file in the same folder, synced and renamed,
 // so an interrupted run leaves either the old or the new file, never half.
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -24,15 +27,26 @@ struct SoulGeneration {
   std::vector<int> scores;  // one per soul when played, empty otherwise
 };
 
+// The highest generation number; a file that holds it takes no more.
+inline constexpr int MAX_GENERATION_NUMBER = INT_MAX;
+
 struct SoulFile {
   std::vector<SoulGeneration> generations;
+  // The text the file held when read, and how many of the generations came from it.
+  std::string readText;
+  std::size_t readGenerations = 0;
   // "# ..." lines for whatever was refused while reading.
   std::vector<std::string> problems;
 
   bool empty() const { return generations.empty(); }
   const SoulGeneration& last() const { return generations.back(); }
   // The number of the last played generation, 0 when none was played.
-  int lastNumber() const { return generations.empty() ? 0 : generations.back().number; }
+  int lastNumber() const {
+    int number = 0;
+    for (const SoulGeneration& generation : generations)
+      number = generation.number > number ? generation.number : number;
+    return number;
+  }
 };
 
 // "NAME=v1 ... v21" with single blanks, the file's form of a soul.
@@ -42,7 +56,7 @@ std::string soulLine(const Soul& soul);
 // says why in `why`.
 bool readSoulLine(const std::string& line, Soul& soul, std::string& why);
 
-// The whole file as text.
+// The whole file as text: the text read, then the generations added since.
 std::string soulFileText(const SoulFile& file);
 // Parses text; refused lines are reported in file.problems with `source` and
 // their line number, and the good souls are kept.

@@ -7,6 +7,7 @@
 #include <map>
 #include <thread>
 
+#include "base/file_io.h"
 #include "base/interrupt.h"
 #include "base/text.h"
 #include "chess/driver/command_result.h"
@@ -79,8 +80,9 @@ clsTourney::clsTourney(TourneyConfig config, kobubase::clsOutBuffer& out) : conf
   resultsPath_ = joinPath(config_.logFolder,
                           fileNamePart(config_.name) + "-" + std::to_string(runCounter_) + "-results.tsv");
   if (!config_.logPath.empty()) {
-    logFile_ = std::fopen(config_.logPath.c_str(), "ab");
-    if (logFile_ == nullptr) out_.print(kobubase::errorLine(errno) + " (" + config_.logPath + ")");
+    std::string error;
+    logFile_ = kobubase::openForAppending(config_.logPath, error);
+    if (logFile_ == nullptr) out_.print(error + " (" + config_.logPath + ")");
   }
 }
 

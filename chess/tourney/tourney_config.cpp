@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <pugixml.hpp>
 
+#include "base/file_io.h"
 #include "base/text.h"
 
 namespace kbuChess {
@@ -157,20 +158,9 @@ TourneyConfig readTourneyText(std::string_view xml, std::vector<std::string>& me
 }
 
 TourneyConfig readTourneyFile(const std::string& path, std::vector<std::string>& messages) {
-  errno = 0;
-  std::FILE* file = std::fopen(path.c_str(), "rb");
-  if (file == nullptr) {
-    messages.push_back(kobubase::errorLine(errno ? errno : ENOENT));
-    return TourneyConfig{};
-  }
-  std::string text;
-  char buffer[1 << 14];
-  for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, file)) > 0;) text.append(buffer, n);
-  const bool failed = std::ferror(file) != 0;
-  const int error = errno;
-  std::fclose(file);
-  if (failed) {
-    messages.push_back(kobubase::errorLine(error ? error : EIO));
+  std::string text, error;
+  if (!kobubase::readWholeFile(path, text, error)) {
+    messages.push_back(error);
     return TourneyConfig{};
   }
   return readTourneyText(text, messages);

@@ -82,7 +82,8 @@ TEST_F(BookCommands, BuildBooksBesideTheFolderThenLoadAndSave) {
                                 "# error loading " + folder.file("nothing.sbk")}));
   commandSaveBook(book, folder.file("no/dir.sbk"), out);
   EXPECT_EQ(out.lines(),
-            (Lines{"# wait...\r# error 2: No such file or directory", "# error saving " + folder.file("no/dir.sbk")}));
+            (Lines{"# wait...\r# error 2: No such file or directory", "# error saving " + folder.file("no/dir.sbk"),
+                   "# " + folder.file("no/dir.sbk") + " is as it was"}));
 }
 
 TEST_F(BookCommands, BuildBooksToANamedFileOrFromOneFile) {

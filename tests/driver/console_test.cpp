@@ -138,7 +138,8 @@ TEST_F(ConsoleTest, GamesAndStandingsFromResultsFiles) {
             (Lines{"results: " + earlier + " added to games with 1 game, 1 bad line skipped",
                    "results: " + earlier + ": line 3: expected 8 tab-separated fields, found 1"}));
   EXPECT_EQ(console_.loadResults(folder_ + "/none.tsv"),
-            (Lines{"results: cannot load " + folder_ + "/none.tsv", folder_ + "/none.tsv: No such file or directory"}));
+            (Lines{"results: cannot load " + folder_ + "/none.tsv",
+                   folder_ + "/none.tsv: error 2: No such file or directory"}));
   const Lines standings = console_.query("SELECT * FROM standings");
   EXPECT_EQ(Lines(standings.begin() + 1, standings.end()),
             (Lines{"name      games  points  score  draws", "--------  -----  ------  -----  -----",

@@ -196,29 +196,48 @@ TEST_F(LearningTest, InterruptedRunKeepsTheLastGenerationAndResumes) {
   const SoulFile file = parseSoulFile(readText(settings.file), "f");
   EXPECT_EQ(file.lastNumber(), 2);
   EXPECT_EQ(file.generations.size(), 2u);
-  EXPECT_EQ(soulFileText(SoulFile{{file.generations[0]}, {}}), readText(reference.file));
+  SoulFile first;
+  first.generations = {file.generations[0]};
+  EXPECT_EQ(soulFileText(first), readText(reference.file));
 }
 
-TEST_F(LearningTest, HandWrittenSoulsPlayFirstAndBadLinesAreSkipped) {
-  {
-    std::ofstream hand(settings.file);
-    hand << "Z=90 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1\n"
-            "Y=5 1 1\n"
-            "X=50 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n";
-  }
-  settings.enginesCount = 3;
+// A hand-written list longer than the souls asked for: the souls it did not
+// use, its comment and its unreadable line all stay in the file.
+TEST_F(LearningTest, HandWrittenListKeepsEveryLineItDidNotUse) {
+  const std::string hand =
+      "# my souls\n"
+      "Z=90 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1\n"
+      "Y=5 1 1\n"
+      "X=50 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n"
+      "W=40 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n"
+      "V=30 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n";
+  std::ofstream(settings.file) << hand;
+  settings.enginesCount = 2;
   clsFakeGames games;
   EXPECT_EQ(learn(games, settings), 1);
   const std::vector<std::string> lines = out.takeAll();
   ASSERT_FALSE(lines.empty());
-  EXPECT_EQ(lines[0], "# soul file " + settings.file + " line 2: a soul needs 21 values, found 3");
-  const SoulFile file = parseSoulFile(readText(settings.file), "f");
-  ASSERT_EQ(file.generations.size(), 1u);  // the unplayed list became generation 1
+  EXPECT_EQ(lines[0], "# soul file " + settings.file + " line 3: a soul needs 21 values, found 3");
+  const std::string text = readText(settings.file);
+  EXPECT_EQ(text.substr(0, hand.size()), hand);
+  const SoulFile file = parseSoulFile(text, "f");
+  ASSERT_EQ(file.generations.size(), 2u);
   EXPECT_EQ(file.last().number, 1);
-  std::set<std::string> names;
-  for (const Soul& soul : file.last().souls) names.insert(soul.name);
-  EXPECT_EQ(names, (std::set<std::string>{"Z", "X", "G1-1"}));
-  EXPECT_EQ(file.last().games, 6);
+  EXPECT_EQ(file.last().souls.size(), 2u);
+  EXPECT_EQ(file.last().souls[0].name, "Z");
+  EXPECT_EQ(file.last().souls[1].name, "X");
+}
+
+// "\learnt" plays as many souls as the file's last generation, but no more than 64.
+TEST_F(LearningTest, AsManySoulsAsTheFileHoldsStopsAtTheLimit) {
+  {
+    std::ofstream hand(settings.file);
+    for (int i = 0; i < 70; ++i) hand << "S" << i << "=" << i << " 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1\n";
+  }
+  settings.enginesCount = 0;
+  clsFakeGames games;
+  EXPECT_EQ(learn(games, settings), 1);
+  EXPECT_EQ(games.games.size(), 64u * 63u);
 }
 
 TEST_F(LearningTest, AnUnreadableFileIsLeftAlone) {

@@ -90,7 +90,7 @@ TEST(SoulFile, SystemErrorsAreReportedAsLines) {
             (std::vector<std::string>{"# error 2: No such file or directory reading /nonexistent-folder/x.souls"}));
   std::string error;
   EXPECT_FALSE(writeSoulFile("/nonexistent-folder/x.souls", file, error));
-  EXPECT_EQ(error, "# error 2: No such file or directory writing /nonexistent-folder/x.souls.tmp");
+  EXPECT_EQ(error, "# error 2: No such file or directory writing /nonexistent-folder/x.souls");
 }
 
 TEST(SoulFile, SoulLinesAreStrict) {

@@ -100,4 +100,28 @@ TEST(DatabaseTest, ReadOnlyTablesRefuseChangesButAreStillReplaced) {
   EXPECT_EQ(tableLines(db.query("SELECT n FROM sys")), (Lines{"n", "-", "4", "(1 row)"}));
 }
 
+// 40 rows of a million characters: 16 MiB of them are kept, 1000 characters
+// a cell are shown, and the count line says both.
+TEST(DatabaseTest, BigResultsAreCutAndSaySo) {
+  clsDatabase db;
+  const kobubase::SqlResult big = db.query(
+      "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c WHERE x < 40) "
+      "SELECT x, hex(zeroblob(500000)) AS h FROM c");
+  ASSERT_TRUE(big.ok) << big.error;
+  EXPECT_EQ(big.rows.size(), 16u);
+  EXPECT_EQ(big.dropped, 24);
+  const Lines lines = tableLines(big);
+  ASSERT_EQ(lines.size(), 19u);
+  EXPECT_EQ(lines[2], " 1  " + std::string(1000, '0') + "...");
+  EXPECT_EQ(lines.back(), "(40 rows, 16 shown, rows beyond 16 MiB not kept, texts cut at 1000 characters)");
+}
+
+TEST(DatabaseTest, TheSchemaCannotBeWritten) {
+  clsDatabase db;
+  EXPECT_EQ(tableLines(db.query("CREATE TABLE t(n INTEGER); INSERT INTO t VALUES (1)")), Lines{"(1 rows changed)"});
+  EXPECT_EQ(tableLines(db.query("PRAGMA writable_schema=ON; UPDATE sqlite_master SET sql = 'junk' WHERE name = 't'")),
+            Lines{"error: table sqlite_master may not be modified"});
+  EXPECT_EQ(tableLines(db.query("SELECT n FROM t")), (Lines{"n", "-", "1", "(1 row)"}));
+}
+
 }  // namespace

@@ -169,7 +169,11 @@ TEST_F(ConsoleModeTest, TableCommandsAtTheXboardPrompt) {
   EXPECT_EQ(reply("\\odbc", CMD_PRINTED).front(), "# odbc attach DSN AS name");
   EXPECT_FALSE(driver_->inConsole());
   reply("\\console", CMD_PRINTED);
-  EXPECT_EQ(reply("quit", CMD_QUIT), Lines{});  // quit works inside the console too
+  EXPECT_EQ(reply("new = 3", CMD_PRINTED), Lines{"# new = 3 (0x3)"});  // command words are plain names here
+  reply("exit", CMD_PRINTED);
+  reply("\\console", CMD_PRINTED);
+  EXPECT_EQ(reply("vars", CMD_PRINTED), Lines{"# new = 3 (0x3)"});  // variables outlive the mode
+  EXPECT_EQ(reply("quit", CMD_QUIT), Lines{});                      // quit works inside the console too
 }
 
 }  // namespace

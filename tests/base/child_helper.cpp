@@ -4,15 +4,12 @@
 //   echo           answers "got " + line; "err" writes to standard error,
 //                  "partial" writes a line in two pieces, "exit N" ends with N;
 //                  end of input ends with 0
-//   hold PROGRAM   starts PROGRAM as its own child, prints "child PID", waits
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <string>
-
-#include "base/child_process.h"
 
 namespace {
 
@@ -55,15 +52,6 @@ int echo() {
   return 0;
 }
 
-int hold(const char* program) {
-  kobubase::clsRedirectedChild child(program, "60");
-  child.start();
-  if (!child.waitStarted()) return 1;
-  std::printf("child %d\n", static_cast<int>(child.pid()));
-  std::fflush(stdout);
-  for (;;) pause();
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -71,7 +59,6 @@ int main(int argc, char** argv) {
   if (mode == "args") return args(argc, argv);
   if (mode == "flood" && argc > 2) return flood(std::atol(argv[2]));
   if (mode == "echo") return echo();
-  if (mode == "hold" && argc > 2) return hold(argv[2]);
-  std::fprintf(stderr, "usage: child_helper args|flood N|echo|hold PROGRAM\n");
+  std::fprintf(stderr, "usage: child_helper args|flood N|echo\n");
   return 2;
 }

@@ -33,26 +33,21 @@ class BookCommands : public ::testing::Test {
 
 }  // namespace
 
+// Each command without its arguments prints its usage, starting with its syntax.
 TEST_F(BookCommands, MissingArgumentsPrintTheUsage) {
   clsBook book;
   commandLoadBook(book, "", out);
+  EXPECT_EQ(out.lines().front(), "# loadbook book [limit]");
   commandSaveBook(book, "  ", out);
+  EXPECT_EQ(out.lines().front(), "# savebook book [limit]");
   commandMergeBooks("onlyone", out);
-  commandBuildBooks("folder", out);
-  commandBuildBooks("folder 0", out);
+  EXPECT_EQ(out.lines().front(), "# mergebooks books_path new_book.sbk [limit]");
+  for (const char* args : {"folder", "folder 0"}) {
+    commandBuildBooks(args, out);
+    EXPECT_EQ(out.lines().front(), "# buildbooks path_of_pgn_files moves_count [type]") << args;
+  }
   commandCvBooks("", out);
-  EXPECT_EQ(
-      out.lines(),
-      (Lines{"# loadbook book [limit]", "# book: filename.sbk",
-             "# limit: load only positions played more than 'limit' times", "# savebook book [limit]",
-             "# book: filename.sbk", "# limit: save only positions played more than 'limit' times",
-             "# mergebooks books_path new_book.sbk [limit]", "# merge .sbk book files into new_book.sbk file",
-             "# buildbooks path_of_pgn_files moves_count [type]", "# buildbooks d:\\games d:\\talvena\\talvena.sbk 10",
-             "# type: 0=book, 1=extract FEN", "# NB: use \"path\" if you want to use path with embedded spaces",
-             "# buildbooks path_of_pgn_files moves_count [type]", "# buildbooks d:\\games d:\\talvena\\talvena.sbk 10",
-             "# type: 0=book, 1=extract FEN", "# NB: use \"path\" if you want to use path with embedded spaces",
-             "# filterbooks books_path filter_options", "# sort .sbk book files into new_book.sb2 file",
-             "# filter options will be available in the future"}));
+  EXPECT_EQ(out.lines().size(), 3u);
   EXPECT_EQ(book.count(), 0u);
 }
 

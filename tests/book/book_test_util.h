@@ -1,54 +1,16 @@
 #pragma once
-// Helpers of the book tests: a private temporary folder, whole-file bytes and
-// an output sink that keeps its lines instead of printing them.
-#include <stdlib.h>
-
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+// Helpers of the book tests: files in a private folder and an output sink that
+// keeps its lines instead of printing them.
 #include <string>
 #include <vector>
 
 #include "base/output.h"
+#include "tests/common/test_files.h"
 
 namespace bookTest {
 
-using Bytes = std::vector<std::uint8_t>;
+using namespace testFiles;
 using Lines = std::vector<std::string>;
-
-// A fresh folder under /tmp, removed with everything in it at the end.
-struct TempFolder {
-  std::filesystem::path path;
-  TempFolder() {
-    char name[] = "/tmp/talvena-book-XXXXXX";
-    path = ::mkdtemp(name);
-  }
-  ~TempFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-  }
-  std::string file(const std::string& name) const { return (path / name).string(); }
-};
-
-inline Bytes readBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-inline std::string readText(const std::string& path) {
-  const Bytes bytes = readBytes(path);
-  return std::string(bytes.begin(), bytes.end());
-}
-inline void writeText(const std::string& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
-inline void writeBytes(const std::string& path, const Bytes& bytes) {
-  writeText(path, std::string(bytes.begin(), bytes.end()));
-}
-
-inline std::string withoutTrailingBlanks(const std::string& text) {
-  return text.substr(0, text.find_last_not_of(' ') + 1);
-}
 
 // An output sink that keeps its lines and prints nothing.
 struct Quiet : kobubase::clsOutBuffer {

@@ -10,6 +10,7 @@
 
 #include "chess/board/tables.h"
 #include "chess/driver/talvena.h"
+#include "tests/common/test_files.h"
 
 namespace kbuChess {
 
@@ -54,6 +55,7 @@ class DriverTest : public testing::Test {
   const ProtocolState& state() { return driver_->state(); }
 
   std::unique_ptr<clsTalvena> driver_;
+  testFiles::TempFolder temp_;  // for files the commands read and write
 };
 
 }  // namespace kbuChess

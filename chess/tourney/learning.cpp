@@ -34,47 +34,6 @@ bool readLearnArguments(const std::string& args, LearningSettings& settings) {
   return true;
 }
 
-// --- openings
-
-void clsRandomOpenings::extendRandomly(clsBoard& board, std::vector<std::string>& moves,
-                                       kobubase::clsRandom& random) const {
-  while (static_cast<int>(moves.size()) < plies_) {
-    board.resetFrames();
-    const int count = board.generateLegal();
-    if (count <= 0) return;
-    const Move move = board.frame().first[random.abs32() % static_cast<std::uint32_t>(count)];
-    const std::string text = clsBoard::moveText(&move, false);
-    board.resetFrames();
-    if (!board.readCoordinateMove(text)) return;
-    moves.push_back(text);
-  }
-}
-
-std::vector<std::string> clsRandomOpenings::line(kobubase::clsRandom& random) {
-  auto board = std::make_unique<clsBoard>();
-  board->readFEN(clsBoard::START_FEN);
-  std::vector<std::string> moves;
-  extendRandomly(*board, moves, random);
-  return moves;
-}
-
-std::vector<std::string> clsBookOpenings::line(kobubase::clsRandom& random) {
-  auto board = std::make_unique<clsBoard>();
-  board->readFEN(clsBoard::START_FEN);
-  std::vector<std::string> moves;
-  std::vector<clsBookEntryExt> candidates;
-  while (static_cast<int>(moves.size()) < plies_) {
-    board->resetFrames();
-    if (book_.listCandidates(*board, candidates) == 0 || clsBook::cutRareCandidates(candidates) == 0) break;
-    const std::string text = candidates[random.abs32() % candidates.size()].move;
-    board->resetFrames();
-    if (!board->readCoordinateMove(text)) break;
-    moves.push_back(text);
-  }
-  extendRandomly(*board, moves, random);
-  return moves;
-}
-
 // --- the run
 
 clsLearning::clsLearning(const LearningSettings& settings, clsLearningGames& games, clsOpenings& openings,

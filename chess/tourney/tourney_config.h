@@ -60,14 +60,26 @@ struct TourneyConfig {
   int movesPerSecond = 0;
   int gameMs = 60000;
   int incrementMs = 0;
-  // Openings: each pairing plays both colours from the same line of
-  // openingPlies plies, drawn from this book (".sbk"), or random legal moves
-  // when the name is empty; 0 plies (the default without a book): the start
-  // position.
+  // Openings: each pair of games (a pairing with both colours in one round)
+  // plays the same line of openingPlies plies, drawn from this file (a book
+  // ".sbk", or a PGN suite whose games are cut at openingPlies), or random
+  // legal moves when the name is empty; 0 plies (the default without a
+  // file): the start position.
   std::string openingBook;
   int openingPlies = 0;
   std::vector<PlayerConfig> players;  // active engines in file order
   std::vector<std::pair<std::string, std::string>> pgnHeaders;
+
+  // --- Openings order, seed and the sequential test.
+  static constexpr std::int64_t MAX_SUITE_PLIES = 1000;
+  bool openingPliesGiven = false;  // a PGN suite without opening_plies plays its whole lines
+  int openingOrder = 0;            // 0 sequential, 1 random (suites; books and random lines are drawn)
+  std::int64_t openingStart = 0;   // the suite line of the first pair
+  std::uint64_t seed = 0;          // 0: none given, the run draws one and reports it
+  struct Sprt {
+    bool enabled = false;
+    double elo0 = 0, elo1 = 5, alpha = 0.05, beta = 0.05;
+  } sprt;
 
   // How many games may run at once.
   int gamesAtOnce() const { return threads < 1 ? 1 : threads; }

@@ -26,6 +26,7 @@ const char* const USAGE =
     "  book=FILE.sbk        opening book to load (default talvena.sbk when present)\n"
     "  -use=tourney -ini=FILE.xml\n"
     "                       play the tournament described in FILE.xml, then leave\n"
+    "  -resume              with -use=tourney: continue the event's latest run\n"
     "  -random              play a random root move after a two-ply search\n"
     "  -timed               with -random: search without the two-ply limit\n"
     "  -proportional[=P]    with -random: take moves in score order, each with P%\n"

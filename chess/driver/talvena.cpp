@@ -57,7 +57,7 @@ clsTalvena::~clsTalvena() {
 void clsTalvena::run() {
   printBanner();
   if (options_.get("-use") == "tourney") {
-    execute("\\tourney " + options_.get("-ini"));
+    execute("\\tourney " + options_.get("-ini") + (options_.has("-resume") ? " resume" : ""));
   } else {
     if (!options_.get("-load").empty()) execute("\\loadsoul " + options_.get("-load"));
     runLoop();
@@ -66,7 +66,8 @@ void clsTalvena::run() {
 }
 
 void clsTalvena::printBanner() {
-  print(std::string("# ") + NAME + " " + VERSION + " (2009-2026) - a chess engine by its author, free to use and study");
+  print(std::string("# ") + NAME + " " + VERSION +
+        " (2009-2026) - a chess engine by its author, free to use and study");
   print("# zlib compression library by Jean-loup Gailly and Mark Adler");
   print("# crypt routine after the public-domain DES code of the BSD C library");
   print("# xorshift random generator after George Marsaglia, in the xorshift128+ form of Sebastiano Vigna");
@@ -96,14 +97,11 @@ void clsTalvena::serviceEngine() {
         printThinking(now);
       }
       return;
-    case SearchPoll::TIME_EXPIRED:
-      print("# time has expired");
-      return;  // the move is collected on the next pass
+    case SearchPoll::TIME_EXPIRED: print("# time has expired"); return;  // the move is collected on the next pass
     case SearchPoll::ENDED:
       if (state_.playMode >= MODE_ENGINE_WHITE) collectMove(now);
       return;
-    case SearchPoll::IDLE:
-      return;
+    case SearchPoll::IDLE: return;
   }
 }
 
@@ -207,7 +205,9 @@ void clsTalvena::pong() {
   state_.pendingPing.clear();
 }
 
-void clsTalvena::haltSearch() { search_.abandon(); }
+void clsTalvena::haltSearch() {
+  search_.abandon();
+}
 
 void clsTalvena::setPosition(const std::string& fen) {
   engine_.readFEN(fen);

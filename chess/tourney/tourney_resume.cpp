@@ -29,7 +29,7 @@ std::string settingsDifference(const std::vector<std::string>& run, const std::v
     const std::string key = line.substr(0, line.find('\t')), value = line.substr(line.find('\t') + 1);
     const auto found = before.find(key);
     const std::string old = found == before.end() ? "none" : found->second;
-    if (old != value) return "the " + key + " differ (run: " + old + "; file: " + value + ")";
+    if (old != value) return key + " differs (run: " + old + "; file: " + value + ")";
   }
   return std::string();
 }

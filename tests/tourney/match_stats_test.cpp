@@ -50,7 +50,7 @@ TEST(MatchStats, ResumeKeepsWholePairsOnce) {
   const Lines run = eventSettingsLines(TourneyConfig{}, 7);
   TourneyConfig other;
   other.gameMs = 1000;
-  EXPECT_EQ(settingsDifference(run, eventSettingsLines(other, 7)), "the clock differ (run: 0/60000+0; file: 0/1000+0)");
+  EXPECT_EQ(settingsDifference(run, eventSettingsLines(other, 7)), "clock differs (run: 0/60000+0; file: 0/1000+0)");
   EXPECT_EQ(seedOfSettings(run), 7u);
 }
 

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "chess/tourney/tourney.h"
 #include "tests/e2e/engine_process.h"
 #include "tests/tourney/tourney_test_util.h"
 
@@ -95,6 +96,37 @@ TEST(TourneyResume, KilledRunResumedPlaysEachGameOnceWithTheSameOpenings) {
   const TempFolder empty("empty");
   EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + writeEvent(empty, CLOCK), "-resume"}),
                     "# resume: no earlier run of pairs in " + empty.path()));
+}
+
+}  // namespace
+
+namespace {
+
+// An openings file that gives no opening stops the event before any engine starts.
+TEST(TourneyOpenings, FilesWithoutAnOpeningAreRefusedBeforeTheFirstGame) {
+  const TempFolder folder("openings");
+  std::ofstream(folder.file("binary.pgn"), std::ios::binary) << std::string("\0\1\2\3\xff\xfe", 6);
+  const struct {
+    std::string file;
+    std::string line;
+  } cases[] = {
+      {folder.file("missing.pgn"), "# error 2: No such file or directory (" + folder.file("missing.pgn") + ")"},
+      {folder.file("binary.pgn"), "# openings: " + folder.file("binary.pgn") + " holds no usable opening"},
+      {folder.file("missing.sbk"), "# openings: " + folder.file("missing.sbk") + " is not a readable book"},
+  };
+  for (const auto& c : cases) {
+    kbuChess::TourneyConfig config;
+    config.openingBook = c.file;
+    config.openingPlies = 8;
+    config.players = {{"A", "", "Simple5", "embedded"}, {"B", "", "Mass161", "embedded"}};
+    config.logFolder = folder.path();
+    kobubase::clsOutBuffer out;
+    out.setEcho(false);
+    out.setKeep(true);
+    kbuChess::clsTourney tourney(config, out);
+    EXPECT_FALSE(tourney.ready());
+    EXPECT_TRUE(holds(out.takeAll(), c.line)) << c.file;
+  }
 }
 
 }  // namespace

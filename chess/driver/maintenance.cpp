@@ -5,6 +5,7 @@
 #include "chess/book/book_commands.h"
 #include "chess/driver/talvena.h"
 #include "chess/tourney/learning.h"
+#include "chess/tourney/merge.h"
 #include "chess/tourney/play_game.h"
 #include "chess/tourney/soul_file.h"
 #include "chess/tourney/tourney.h"
@@ -104,6 +105,11 @@ void clsTalvena::printMoveList() {
 int clsTalvena::cmdTourney(const std::string& rest) {
   haltSearch();
   return commandTourney(rest, *this);
+}
+
+int clsTalvena::cmdMerge(const std::string& rest) {
+  commandMerge(rest, *this);
+  return CMD_PRINTED;
 }
 
 int clsTalvena::cmdLoadBook(const std::string& rest) {

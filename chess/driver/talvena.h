@@ -159,6 +159,7 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   int cmdSoul(const std::string& rest);
   int cmdMoves(const std::string& rest);
   int cmdTourney(const std::string& rest);
+  int cmdMerge(const std::string& rest);
   int cmdLoadBook(const std::string& rest);
   int cmdSaveBook(const std::string& rest);
   int cmdListBook(const std::string& rest);

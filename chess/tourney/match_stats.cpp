@@ -141,8 +141,8 @@ std::string matchFiguresLine(const std::string& player, const std::string& oppon
 std::string sprtLine(const std::string& player, const std::string& opponent, const SprtSettings& sprt, double llr) {
   return "# sprt " + player + " vs " + opponent + " (elo0 " + format("%g", sprt.elo0) + ", elo1 " +
          format("%g", sprt.elo1) + ", alpha " + format("%g", sprt.alpha) + ", beta " + format("%g", sprt.beta) +
-         "): LLR " + format("%.2f", llr) + " in (" + format("%.2f", sprt.lowerBound()) + ", " +
-         format("%.2f", sprt.upperBound()) + ")";
+         "): LLR " + format("%.2f", std::abs(llr) < 0.005 ? 0.0 : llr) + " in (" + format("%.2f", sprt.lowerBound()) +
+         ", " + format("%.2f", sprt.upperBound()) + ")";
 }
 
 }  // namespace kbuChess

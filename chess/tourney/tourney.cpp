@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
@@ -88,13 +89,14 @@ clsTourney::clsTourney(TourneyConfig config, kobubase::clsOutBuffer& out, bool r
     std::error_code error;
     std::filesystem::create_directories(config_.logFolder, error);
   }
-  runCounter_ = nextRunCounter(config_.logFolder, config_.name) - (resume_ ? 1 : 0);
   seed_ = config_.seed;
-  resultsPath_ =
-      joinPath(config_.logFolder, fileNamePart(config_.name) + "-" + std::to_string(runCounter_) + "-results.tsv");
-  settingsPath_ =
-      joinPath(config_.logFolder, fileNamePart(config_.name) + "-" + std::to_string(runCounter_) + "-event.txt");
-  ready_ = makeOpenings() && (resume_ ? resumeRun() : true);
+  if (!config_.shardProblem.empty()) {
+    out_.print("# " + config_.shardProblem + "; the event does not start");
+    ready_ = false;
+    return;
+  }
+  chooseRun();
+  ready_ = makeOpenings() && (resume_ ? resumeRun() : freshSlice());
   if (!ready_) return;
   if (seed_ == 0) {
     seed_ =
@@ -105,6 +107,38 @@ clsTourney::clsTourney(TourneyConfig config, kobubase::clsOutBuffer& out, bool r
     logFile_ = std::fopen(config_.logPath.c_str(), "ab");
     if (logFile_ == nullptr) out_.print(kobubase::errorLine(errno) + " (" + config_.logPath + ")");
   }
+}
+
+std::string clsTourney::runFile(const std::string& tail) const {
+  return joinPath(config_.logFolder, fileNamePart(config_.name) + "-" + std::to_string(runCounter_) + "-" + tail);
+}
+
+// A whole run starts a new RUN (or continues the latest one). The slices of
+// one event join the latest run whose settings are theirs, so that slices
+// started one after the other on several machines share one RUN.
+void clsTourney::chooseRun() {
+  const int latest = nextRunCounter(config_.logFolder, config_.name) - 1;
+  runCounter_ = resume_ ? latest : latest + 1;
+  if (config_.shardCount > 1 && latest > 0) {
+    runCounter_ = latest;
+    std::string text;
+    const bool same = readFileText(runFile("event.txt"), text) &&
+                      settingsDifference(splitLines(text), eventSettingsLines(config_, seed_)).empty();
+    if (!same && !resume_) runCounter_ = latest + 1;
+  }
+  const std::string slice = config_.shardCount > 1
+                                ? std::to_string(config_.shardIndex) + "-of-" + std::to_string(config_.shardCount) + "-"
+                                : std::string();
+  resultsPath_ = runFile(slice + "results.tsv");
+  settingsPath_ = runFile("event.txt");
+  gameFilePrefix_ = fileNamePart(config_.name) + "-" + std::to_string(runCounter_) + "-" + slice;
+}
+
+// A slice that has played before is continued with resume only.
+bool clsTourney::freshSlice() {
+  if (config_.shardCount <= 1 || !std::filesystem::exists(resultsPath_)) return true;
+  out_.print("# " + resultsPath_ + " exists: this slice was played before; continue it with -resume");
+  return false;
 }
 
 // The opening source the file names; false when a named file gives no opening.
@@ -185,6 +219,7 @@ bool clsTourney::resumeRun() {
 }
 
 void clsTourney::writeSettings() {
+  if (std::filesystem::exists(settingsPath_)) return;  // another slice of the run wrote it
   std::string text;
   for (const std::string& line : eventSettingsLines(config_, seed_)) text += line + "\n";
   std::FILE* file = std::fopen(settingsPath_.c_str(), "wb");
@@ -323,7 +358,11 @@ void clsTourney::drawOpenings(int round) {
 bool clsTourney::playRound(int round) {
   drawOpenings(round);
   started_.assign(pairings_.size(), false);
-  for (std::size_t i = 0; i < pairings_.size(); ++i) started_[i] = done_.count({round, static_cast<int>(i) + 1}) > 0;
+  // Games already played, and in a slice the pairs of other slices, are not started.
+  for (std::size_t i = 0; i < pairings_.size(); ++i) {
+    const std::int64_t pair = static_cast<std::int64_t>(round - 1) * pairsPerRound_ + pairOfGame_[i];
+    started_[i] = done_.count({round, static_cast<int>(i) + 1}) > 0 || pair % config_.shardCount != config_.shardIndex;
+  }
   std::int64_t lastProgress = 0;
   for (;;) {
     if (kobubase::clsInterruptGuard::requested()) {
@@ -370,7 +409,7 @@ void clsTourney::startGames(int round) {
     clsPlayer* white = players_[static_cast<std::size_t>(pairings_[i].first)].get();
     clsPlayer* black = players_[static_cast<std::size_t>(pairings_[i].second)].get();
     auto game = std::make_unique<clsTourneyGame>(*this, number, white, black, clock);
-    game->setFileBase(gameFileBase(config_, runCounter_, number));
+    game->setFileBase(joinPath(config_.logFolder, gameFilePrefix_ + std::to_string(number)));
     game->setOpening(roundOpenings_[static_cast<std::size_t>(pairOfGame_[i])]);
     setRoundTags(game->record(), config_, runCounter_, round, number, white->name(), black->name());
     setPlayDate(game->record(), config_, now);
@@ -408,7 +447,8 @@ void clsTourney::reportPairs() {
       const double llr = sprtLlr(matchFigures(all, first, opponent).pairs, sprt.elo0, sprt.elo1);
       out_.print(sprtLine(first, opponent, sprt, llr));
       const int decision = sprtDecision(llr, sprt);
-      if (decision != 0) {
+      // A slice sees part of the games: it reports the test and leaves the decision to the merge.
+      if (decision != 0 && config_.shardCount == 1) {
         decided_ = true;
         log(std::string("sprt: ") + (decision > 0 ? "H1" : "H0") + " accepted, no new pair starts");
       }
@@ -447,10 +487,35 @@ void clsTourney::printStandings() {
                                                                        : ": H0 accepted"));
 }
 
+std::string shardFromEnvironment() {
+  const auto variable = [](const char* name) {
+    const char* value = std::getenv(name);
+    return std::string(value == nullptr ? "" : value);
+  };
+  if (!variable("SLURM_ARRAY_TASK_ID").empty())
+    return variable("SLURM_ARRAY_TASK_ID") + "/" + variable("SLURM_ARRAY_TASK_COUNT");
+  if (!variable("JOB_COMPLETION_INDEX").empty())
+    return variable("JOB_COMPLETION_INDEX") + "/" + variable("TALVENA_SHARD_COUNT");
+  return std::string();
+}
+
 int commandTourney(const std::string& words, kobubase::clsOutBuffer& out) {
-  constexpr std::string_view RESUME = " resume";
-  const bool resume = words.size() > RESUME.size() && words.ends_with(RESUME);
-  const std::string args = resume ? words.substr(0, words.size() - RESUME.size()) : words;
+  // Trailing words "resume" and "shard=K/N" follow the file's name.
+  std::string args = words, shard;
+  bool resume = false;
+  for (;;) {
+    const std::size_t blank = args.rfind(' ');
+    if (blank == std::string::npos) break;
+    const std::string last = args.substr(blank + 1);
+    if (last == "resume") {
+      resume = true;
+    } else if (last.rfind("shard=", 0) == 0) {
+      shard = last.substr(6);
+    } else {
+      break;
+    }
+    args.resize(blank);
+  }
   const std::string file =
       args.size() >= 2 && args.front() == '"' && args.back() == '"' ? args.substr(1, args.size() - 2) : args;
   if (file.empty()) {
@@ -463,6 +528,12 @@ int commandTourney(const std::string& words, kobubase::clsOutBuffer& out) {
   TourneyConfig config = readTourneyFile(file, messages);
   for (const std::string& message : messages) out.print(message);
   if (!config.loaded) return CMD_PRINTED;
+  if (!shard.empty()) {
+    const std::size_t slash = shard.find('/');
+    config.shardProblem.clear();
+    readShard(shard.substr(0, slash), slash == std::string::npos ? "" : shard.substr(slash + 1), config.shardIndex,
+              config.shardCount, config.shardProblem);
+  }
   clsTourney tourney(std::move(config), out, resume);
   return tourney.run() ? CMD_PRINTED : CMD_QUIT;
 }

@@ -24,6 +24,8 @@
 //   NAME-RUN-GAME.pgn / .log    each game's PGN and its engine dialogue
 //   NAME-RUN-results.tsv        one line per finished game
 //   NAME-RUN-event.txt          the settings a resumed run must share
+// A slice K of N writes NAME-RUN-K-of-N-results.tsv and NAME-RUN-K-of-N-GAME
+// files instead, so that slices can share a folder.
 #include <cstdint>
 #include <cstdio>
 #include <map>
@@ -66,6 +68,9 @@ class clsTourney : public clsTourneyHost {
   void gameFinished(clsTourneyGame& game) override;
 
  private:
+  std::string runFile(const std::string& tail) const;
+  void chooseRun();
+  bool freshSlice();
   bool makeOpenings();
   bool resumeRun();
   void writeSettings();
@@ -99,6 +104,7 @@ class clsTourney : public clsTourneyHost {
   bool decided_ = false;  // the sequential test is decided: no new pair starts
   std::uint64_t seed_ = 0;
   std::string settingsPath_;
+  std::string gameFilePrefix_;  // NAME-RUN- (NAME-RUN-K-of-N- in a slice), then the game's number
   int runCounter_ = 1;
   int round_ = 0;
   std::int64_t startMs_ = 0;
@@ -115,7 +121,13 @@ bool soulOfPlayer(const PlayerConfig& player, Soul& soul);
 // The highest RUN of files NAME-RUN-*.pgn in the folder, plus one.
 int nextRunCounter(const std::string& folder, const std::string& eventName);
 
-// "\tourney FILE [resume]": reads the file and runs it (or continues its latest run). Returns CMD_QUIT when the run
+// A slice named by a scheduler's environment: SLURM_ARRAY_TASK_ID with
+// SLURM_ARRAY_TASK_COUNT, or JOB_COMPLETION_INDEX with TALVENA_SHARD_COUNT;
+// "K/N", or empty when none is set.
+std::string shardFromEnvironment();
+
+// "\tourney FILE [resume] [shard=K/N]": reads the file and runs it (or
+// continues its latest run), the slice K of N only when one is given. Returns CMD_QUIT when the run
 // was interrupted with Ctrl-C (the program then ends), else CMD_PRINTED.
 int commandTourney(const std::string& args, kobubase::clsOutBuffer& out);
 

@@ -81,6 +81,10 @@ void readOptions(const pugi::xml_node& options, TourneyConfig& config, Messages&
                                    TourneyConfig::MAX_OPENING_PLIES, "opening_plies", messages);
   readOpeningOrder(options, config, messages);
   readSprt(options.child("sprt"), config, messages);
+  const pugi::xml_node shard = options.child("shard");
+  if (shard && !readShard(shard.attribute("index").value(), shard.attribute("count").value(), config.shardIndex,
+                          config.shardCount, config.shardProblem))
+    messages.push_back("# tourney file: " + config.shardProblem);
 }
 
 void readClock(const pugi::xml_node& clock, TourneyConfig& config, Messages& messages) {
@@ -155,6 +159,25 @@ std::string headerTagProblem(std::string_view name, std::string_view value) {
   for (int i = 0; !kobubase::wordAt(value, i).empty(); ++i)
     if (kobubase::wordAt(value, i) == "Kobu") return "the word Kobu marks the program's own tags";
   return std::string();
+}
+
+bool readShard(std::string_view index, std::string_view count, int& shardIndex, int& shardCount, std::string& problem) {
+  const auto digits = [](std::string_view text) {
+    return !text.empty() && text.size() < 10 && text.find_first_not_of("0123456789") == std::string_view::npos;
+  };
+  const std::string given = std::string(index) + "/" + std::string(count);
+  if (!digits(index) || !digits(count)) {
+    problem = "shard " + given + " is not K/N with whole numbers";
+    return false;
+  }
+  const std::int64_t k = kobubase::readInteger(index), n = kobubase::readInteger(count);
+  if (n < 1 || n > MAX_SHARDS || k >= n) {
+    problem = "shard " + given + " needs N from 1 to " + std::to_string(MAX_SHARDS) + " and K from 0 to N-1";
+    return false;
+  }
+  shardIndex = static_cast<int>(k);
+  shardCount = static_cast<int>(n);
+  return true;
 }
 
 std::string fileNamePart(std::string_view name) {

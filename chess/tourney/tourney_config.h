@@ -80,6 +80,11 @@ struct TourneyConfig {
     bool enabled = false;
     double elo0 = 0, elo1 = 5, alpha = 0.05, beta = 0.05;
   } sprt;
+  // A slice of the event: only the game pairs whose number over the whole
+  // run is shardIndex modulo shardCount are played.
+  int shardIndex = 0;
+  int shardCount = 1;
+  std::string shardProblem;  // a shard that cannot be played: the event does not start
 
   // How many games may run at once.
   int gamesAtOnce() const { return threads < 1 ? 1 : threads; }
@@ -98,6 +103,11 @@ TourneyConfig readTourneyFile(const std::string& path, std::vector<std::string>&
 // value without the word "Kobu", which marks the program's own tags. An empty
 // string means yes, otherwise the reason why not.
 std::string headerTagProblem(std::string_view name, std::string_view value);
+
+// Reads a slice "K of N" (K from 0 to N-1, N from 1 to MAX_SHARDS); false
+// with the reason in `problem` otherwise.
+inline constexpr int MAX_SHARDS = 1000000;
+bool readShard(std::string_view index, std::string_view count, int& shardIndex, int& shardCount, std::string& problem);
 
 // The event's name as part of a file name: "/", "\\" and control characters
 // become "_"; an empty name gives "tourney".

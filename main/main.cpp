@@ -67,10 +67,12 @@ int main(int argc, char** argv) {
   std::fflush(stdout);
   kobubase::seedRandom();
   kbuChess::initTables();
+  int status = 0;
   {
     kbuChess::clsTalvena driver(options);
     if (driver.start()) driver.wait();
     driver.print("# stop");
+    if (!options.get("-use").empty()) status = driver.exitStatus();
   }  // the driver's farewell, "# bye bye", comes from its destructor
-  return 0;
+  return status;
 }

@@ -104,11 +104,14 @@ void clsTalvena::printMoveList() {
 
 int clsTalvena::cmdTourney(const std::string& rest) {
   haltSearch();
-  return commandTourney(rest, *this);
+  bool refused = false;
+  const int result = commandTourney(rest, *this, &refused);
+  if (refused) exitStatus_ = 1;
+  return result;
 }
 
 int clsTalvena::cmdMerge(const std::string& rest) {
-  commandMerge(rest, *this);
+  if (!commandMerge(rest, *this)) exitStatus_ = 1;
   return CMD_PRINTED;
 }
 

@@ -16,16 +16,16 @@
 #include <vector>
 
 #include "base/options.h"
-#include "base/text.h"
 #include "base/output.h"
 #include "base/stdin_thread.h"
+#include "base/text.h"
 #include "base/thread.h"
 #include "chess/book/book.h"
 #include "chess/driver/command_result.h"
-#include "chess/engine/time_control.h"
 #include "chess/engine/engine.h"
 #include "chess/engine/engine_share.h"
 #include "chess/engine/search_control.h"
+#include "chess/engine/time_control.h"
 #include "chess/tourney/learning.h"
 
 namespace kbuChess {
@@ -86,6 +86,10 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   const std::string& logPath() const { return logPath_; }
   // True while input lines go to the expression console ("\console" .. "exit").
   bool inConsole() const { return consoleMode_; }
+
+  // 1 when the last tournament or merge could not be done, else 0: the
+  // program's exit status in its -use= modes.
+  int exitStatus() const { return exitStatus_; }
 
  protected:
   void run() override;
@@ -188,6 +192,7 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   void scoreEpdMove(const Move& move);
 
   kobubase::clsOptions options_;
+  int exitStatus_ = 0;
   std::string logPath_;
   std::FILE* logFile_ = nullptr;
   clsEngineShare share_;

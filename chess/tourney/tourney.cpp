@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
 #include <cerrno>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -499,7 +499,7 @@ std::string shardFromEnvironment() {
   return std::string();
 }
 
-int commandTourney(const std::string& words, kobubase::clsOutBuffer& out) {
+int commandTourney(const std::string& words, kobubase::clsOutBuffer& out, bool* refused) {
   // Trailing words "resume" and "shard=K/N" follow the file's name.
   std::string args = words, shard;
   bool resume = false;
@@ -527,6 +527,7 @@ int commandTourney(const std::string& words, kobubase::clsOutBuffer& out) {
   std::vector<std::string> messages;
   TourneyConfig config = readTourneyFile(file, messages);
   for (const std::string& message : messages) out.print(message);
+  if (refused != nullptr) *refused = !config.loaded;
   if (!config.loaded) return CMD_PRINTED;
   if (!shard.empty()) {
     const std::size_t slash = shard.find('/');
@@ -535,6 +536,7 @@ int commandTourney(const std::string& words, kobubase::clsOutBuffer& out) {
               config.shardCount, config.shardProblem);
   }
   clsTourney tourney(std::move(config), out, resume);
+  if (refused != nullptr) *refused = !tourney.ready();
   return tourney.run() ? CMD_PRINTED : CMD_QUIT;
 }
 

@@ -129,6 +129,7 @@ std::string shardFromEnvironment();
 // "\tourney FILE [resume] [shard=K/N]": reads the file and runs it (or
 // continues its latest run), the slice K of N only when one is given. Returns CMD_QUIT when the run
 // was interrupted with Ctrl-C (the program then ends), else CMD_PRINTED.
-int commandTourney(const std::string& args, kobubase::clsOutBuffer& out);
+// `refused` (when given) is set when the event could not start.
+int commandTourney(const std::string& args, kobubase::clsOutBuffer& out, bool* refused = nullptr);
 
 }  // namespace kbuChess

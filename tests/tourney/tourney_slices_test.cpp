@@ -32,10 +32,11 @@ std::string writeEvent(const TempFolder& folder, int seed) {
   return path;
 }
 
-Lines runTalvena(const Lines& args) {
+Lines runTalvena(const Lines& args, int expectedStatus = 0) {
   EngineProcess talvena(TALVENA_BIN, args);
   Lines lines = talvena.readUntil("# bye bye", 120000);
   EXPECT_TRUE(talvena.found());
+  EXPECT_EQ(talvena.waitExit(10000), expectedStatus) << args.back();
   return lines;
 }
 
@@ -96,15 +97,15 @@ TEST(TourneySlices, FourSlicesPlayTheGamesOfOneRunAndMergeExactly) {
   // A pair in two files counts once; a slice played before is continued with -resume only.
   EXPECT_TRUE(holds(runTalvena({"-use=merge", merge[1], merge[1]}),
                     "# merge: round 1 game 1 of " + merge[1] + " is also in " + merge[1] + "; counted once"));
-  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + ini, "-shard=0/4"}),
+  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + ini, "-shard=0/4"}, 1),
                     "# " + merge[1] + " exists: this slice was played before; continue it with -resume"));
 }
 
 TEST(TourneySlices, BadSlicesAndMergesAreRefused) {
   const TempFolder folder("bad-slices"), other("other-event");
-  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=4/4"}),
+  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=4/4"}, 1),
                     "# shard 4/4 needs N from 1 to 1000000 and K from 0 to N-1; the event does not start"));
-  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=x/0"}),
+  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=x/0"}, 1),
                     "# shard x/0 is not K/N with whole numbers; the event does not start"));
   const std::string header = "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening\n";
   std::ofstream(folder.file("sl-1-results.tsv")) << header << "1\t1\tA\tB\t1-0\tmate\t40\t900\te2e4\n1\t2\tA";
@@ -112,10 +113,10 @@ TEST(TourneySlices, BadSlicesAndMergesAreRefused) {
   std::ofstream(other.file("sl-1-results.tsv")) << header;
   std::ofstream(other.file("sl-1-event.txt")) << "name\tsl\nseed\t6\n";
   EXPECT_TRUE(holds(
-      runTalvena({"-use=merge", folder.file("sl-1-results.tsv")}),
+      runTalvena({"-use=merge", folder.file("sl-1-results.tsv")}, 1),
       "# merge: " + folder.file("sl-1-results.tsv") + ": line 3: cut short (the line has no end); nothing merged"));
   std::ofstream(folder.file("sl-1-results.tsv")) << header;
-  EXPECT_TRUE(holds(runTalvena({"-use=merge", folder.file("sl-1-results.tsv"), other.file("sl-1-results.tsv")}),
+  EXPECT_TRUE(holds(runTalvena({"-use=merge", folder.file("sl-1-results.tsv"), other.file("sl-1-results.tsv")}, 1),
                     "# merge: " + other.file("sl-1-results.tsv") + " is of another event than " +
                         folder.file("sl-1-results.tsv") + ": seed differs (run: 5; file: 6); nothing merged"));
 }

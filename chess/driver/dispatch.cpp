@@ -137,13 +137,9 @@ int clsTalvena::cmdPing(const std::string& rest) {
   return CMD_HANDLED;
 }
 
-int clsTalvena::cmdNothing(const std::string&) {
-  return CMD_HANDLED;
-}
+int clsTalvena::cmdNothing(const std::string&) { return CMD_HANDLED; }
 
-int clsTalvena::cmdIgnored(const std::string&) {
-  return CMD_IGNORED;
-}
+int clsTalvena::cmdIgnored(const std::string&) { return CMD_IGNORED; }
 
 int clsTalvena::cmdNew(const std::string&) {
   haltSearch();
@@ -303,13 +299,9 @@ int clsTalvena::cmdCores(const std::string& rest) {
   return CMD_HANDLED;
 }
 
-int clsTalvena::cmdPerft(const std::string& rest) {
-  return runPerft(rest, false);
-}
+int clsTalvena::cmdPerft(const std::string& rest) { return runPerft(rest, false); }
 
-int clsTalvena::cmdDivide(const std::string& rest) {
-  return runPerft(rest, true);
-}
+int clsTalvena::cmdDivide(const std::string& rest) { return runPerft(rest, true); }
 
 int clsTalvena::runPerft(const std::string& rest, bool divide) {
   const std::int64_t asked = readInteger(rest);
@@ -346,7 +338,7 @@ void clsTalvena::watchPerft(std::int64_t start, bool divide) {
     });
   };
   engine_.perftRootDone = [this, start, divide, rootMoves = 0, nodesSoFar = u64{0}](const Move& move,
-                                                                                    u64 count) mutable {
+                                                                                     u64 count) mutable {
     ++rootMoves;
     nodesSoFar += count;
     const std::int64_t ms = kobubase::nowMs() - start;

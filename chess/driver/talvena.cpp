@@ -78,8 +78,7 @@ void clsTalvena::run() {
 }
 
 void clsTalvena::printBanner() {
-  print(std::string("# ") + NAME + " " + VERSION +
-        " (2009-2026) - a chess engine by its author, free to use and study");
+  print(std::string("# ") + NAME + " " + VERSION + " (2009-2026) - a chess engine by its author, free to use and study");
   print("# zlib compression library by Jean-loup Gailly and Mark Adler");
   print("# crypt routine after the public-domain DES code of the BSD C library");
   print("# xorshift random generator after George Marsaglia, in the xorshift128+ form of Sebastiano Vigna");
@@ -109,11 +108,14 @@ void clsTalvena::serviceEngine() {
         printThinking(now);
       }
       return;
-    case SearchPoll::TIME_EXPIRED: print("# time has expired"); return;  // the move is collected on the next pass
+    case SearchPoll::TIME_EXPIRED:
+      print("# time has expired");
+      return;  // the move is collected on the next pass
     case SearchPoll::ENDED:
       if (state_.playMode >= MODE_ENGINE_WHITE) collectMove(now);
       return;
-    case SearchPoll::IDLE: return;
+    case SearchPoll::IDLE:
+      return;
   }
 }
 
@@ -217,9 +219,7 @@ void clsTalvena::pong() {
   state_.pendingPing.clear();
 }
 
-void clsTalvena::haltSearch() {
-  search_.abandon();
-}
+void clsTalvena::haltSearch() { search_.abandon(); }
 
 void clsTalvena::setPosition(const std::string& fen) {
   engine_.readFEN(fen);

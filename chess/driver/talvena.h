@@ -16,16 +16,16 @@
 #include <vector>
 
 #include "base/options.h"
+#include "base/text.h"
 #include "base/output.h"
 #include "base/stdin_thread.h"
-#include "base/text.h"
 #include "base/thread.h"
 #include "chess/book/book.h"
 #include "chess/driver/command_result.h"
+#include "chess/engine/time_control.h"
 #include "chess/engine/engine.h"
 #include "chess/engine/engine_share.h"
 #include "chess/engine/search_control.h"
-#include "chess/engine/time_control.h"
 #include "chess/tourney/learning.h"
 
 namespace kbuChess {

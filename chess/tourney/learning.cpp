@@ -12,6 +12,7 @@
 
 #include "base/text.h"
 #include "base/thread.h"
+#include "chess/tourney/match_stats.h"
 
 namespace kbuChess {
 
@@ -169,13 +170,18 @@ bool clsLearning::playGeneration(const std::vector<Soul>& population, std::vecto
   failure_.clear();
   playGames(population, pairings, openings, outcomes);
   if (stop_.load() || !failure_.empty()) return false;
-  scores.assign(population.size(), 0);
+  // Points as a tournament counts them, over result rows; souls are named by
+  // their place, since two souls of a population may share a name.
+  std::vector<GameResultRow> rows;
   for (std::size_t k = 0; k < pairings.size(); ++k) {
     if (!outcomes[k].finished) return false;
-    const int white = std::clamp(outcomes[k].whitePoints, 0, 2);
-    scores[static_cast<std::size_t>(pairings[k].white)] += white;
-    scores[static_cast<std::size_t>(pairings[k].black)] += 2 - white;
+    rows.push_back({1, static_cast<int>(k) + 1, std::to_string(pairings[k].white), std::to_string(pairings[k].black),
+                    resultOfWhiteHalfPoints(outcomes[k].whitePoints), "", 0, 0, ""});
   }
+  std::vector<std::string> places;
+  for (std::size_t i = 0; i < population.size(); ++i) places.push_back(std::to_string(i));
+  scores.clear();
+  for (const auto& [place, counts] : countsOfRows(rows, places)) scores.push_back(2 * counts.wins + counts.draws);
   games = static_cast<int>(pairings.size());
   return true;
 }

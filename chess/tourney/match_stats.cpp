@@ -49,6 +49,10 @@ int whiteHalfPoints(const std::string& result) {
   return -1;
 }
 
+std::string resultOfWhiteHalfPoints(int halfPoints) {
+  return halfPoints >= 2 ? "1-0" : halfPoints == 1 ? "1/2-1/2" : "0-1";
+}
+
 std::vector<std::pair<std::string, GameCounts>> countsOfRows(const std::vector<GameResultRow>& rows,
                                                              const std::vector<std::string>& names) {
   std::map<std::string, GameCounts> counts;

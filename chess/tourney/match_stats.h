@@ -1,7 +1,8 @@
 #pragma once
 // Figures of a match computed from its result rows, the one place where
-// results become points: the live standings, a resumed run and merged files
-// all count through here.
+// results become points: the live standings, a resumed run, merged files,
+// the learning ranking and the console's SQL standings view (through its
+// white_points column) all count through here.
 //
 // Games are paired: the two games of a pairing in one round (the same
 // opening, colours swapped) are a pair, scored from the first player's side
@@ -32,6 +33,8 @@ namespace kbuChess {
 
 // Half-points a result gives White: 2, 1 or 0; -1 for "*" (no result).
 int whiteHalfPoints(const std::string& result);
+// The result of White's half-points: "1-0", "1/2-1/2" or "0-1".
+std::string resultOfWhiteHalfPoints(int halfPoints);
 
 // Wins, draws and losses of every named player over the rows, in the order of `names`.
 std::vector<std::pair<std::string, GameCounts>> countsOfRows(const std::vector<GameResultRow>& rows,

@@ -28,6 +28,9 @@ const char* const USAGE =
     "  -use=uci             speak UCI from the start (else the first command \"uci\" does)\n"
     "  -use=tourney -ini=FILE.xml\n"
     "                       play the tournament described in FILE.xml, then leave\n"
+    "  -resume              with -use=tourney: continue the event's latest run\n"
+    "  -shard=K/N           with -use=tourney: play slice K (0 to N-1) of the game pairs\n"
+    "  -use=merge FILES     print the figures of results files of one event together\n"
     "  -random              play a random root move after a two-ply search\n"
     "  -timed               with -random: search without the two-ply limit\n"
     "  -proportional[=P]    with -random: take moves in score order, each with P%\n"
@@ -40,7 +43,7 @@ const char* const USAGE =
 
 // Options given without a value that the program knows.
 bool knownFlag(const std::string& name) {
-  static const char* const flags[] = {"-random", "-timed", "-proportional"};
+  static const char* const flags[] = {"-random", "-timed", "-proportional", "-resume"};
   return std::any_of(std::begin(flags), std::end(flags), [&](const char* flag) { return name == flag; });
 }
 
@@ -58,16 +61,20 @@ int main(int argc, char** argv) {
       return 0;
     }
   }
+  const bool merging = options.get("-use") == "merge";  // its files are given without a name
   for (const std::string& name : options.bareNames()) {
-    if (!knownFlag(name)) std::printf("# ignoring argument %s: options are name=value, see --help\n", name.c_str());
+    if (!knownFlag(name) && !(merging && name.rfind('-', 0) != 0))
+      std::printf("# ignoring argument %s: options are name=value, see --help\n", name.c_str());
   }
   std::fflush(stdout);
   kobubase::seedRandom();
   kbuChess::initTables();
+  int status = 0;
   {
     kbuChess::clsTalvena driver(options);
     if (driver.start()) driver.wait();
     driver.print("# stop");
+    if (!options.get("-use").empty()) status = driver.exitStatus();
   }  // the driver's farewell, "# bye bye", comes from its destructor
-  return 0;
+  return status;
 }

@@ -10,6 +10,7 @@
 #include "chess/driver/console.h"
 #include "chess/engine/engine.h"
 #include "chess/engine/soul.h"
+#include "chess/tourney/match_stats.h"
 #include "chess/tourney/results_file.h"
 
 namespace kbuChess {
@@ -19,15 +20,15 @@ using kobubase::SqlRow;
 
 namespace {
 
-// Points of a finished game for White: 2 a win, 1 a draw, 0 a loss (halved in SQL).
+// Points in half-points as the tournament counts them (white_points, -1 for
+// a game without a result), halved here.
 const char* const STANDINGS_VIEW =
     "CREATE VIEW IF NOT EXISTS standings AS "
     "SELECT name, COUNT(*) AS games, SUM(points) / 2.0 AS points, "
     "ROUND(100.0 * SUM(points) / (2 * COUNT(*)), 1) AS score, ROUND(100.0 * SUM(points = 1) / COUNT(*), 1) AS draws "
-    "FROM (SELECT white AS name, CASE result WHEN '1-0' THEN 2 WHEN '1/2-1/2' THEN 1 ELSE 0 END AS points "
-    "FROM games WHERE result <> '*' "
-    "UNION ALL SELECT black, CASE result WHEN '0-1' THEN 2 WHEN '1/2-1/2' THEN 1 ELSE 0 END "
-    "FROM games WHERE result <> '*') GROUP BY name ORDER BY points DESC, name";
+    "FROM (SELECT white AS name, white_points AS points FROM games WHERE white_points >= 0 "
+    "UNION ALL SELECT black, 2 - white_points FROM games WHERE white_points >= 0) GROUP BY name "
+    "ORDER BY points DESC, name";
 
 // Whether the query names the table as a whole word, in any case.
 bool mentions(const std::string& sql, const std::string& name) {
@@ -159,12 +160,12 @@ bool clsConsole::fillGames(std::vector<std::string>& problems) {
     for (const std::string& problem : fileProblems) problems.push_back("games: " + path + ": " + problem);
     for (const GameResultRow& g : games) {
       rows.push_back({path, std::int64_t{g.round}, std::int64_t{g.game}, g.white, g.black, g.result, g.reason,
-                      std::int64_t{g.plies}, g.ms});
+                      std::int64_t{g.plies}, g.ms, std::int64_t{whiteHalfPoints(g.result)}});
     }
   }
-  const std::vector<SqlColumn> columns{{"file", "TEXT"},   {"round", "INTEGER"}, {"game", "INTEGER"},
-                                       {"white", "TEXT"},  {"black", "TEXT"},    {"result", "TEXT"},
-                                       {"reason", "TEXT"}, {"plies", "INTEGER"}, {"ms", "INTEGER"}};
+  const std::vector<SqlColumn> columns{
+      {"file", "TEXT"},   {"round", "INTEGER"}, {"game", "INTEGER"},  {"white", "TEXT"}, {"black", "TEXT"},
+      {"result", "TEXT"}, {"reason", "TEXT"},   {"plies", "INTEGER"}, {"ms", "INTEGER"}, {"white_points", "INTEGER"}};
   std::string error;
   if (database_.replaceTable("games", columns, rows, error)) return true;
   problems.push_back("games: " + error);

@@ -61,6 +61,7 @@ const clsTalvena::Command clsTalvena::COMMANDS[] = {
     {"\\epd", &clsTalvena::cmdEpd, SearchRule::ENDS},
     {"\\moves", &clsTalvena::cmdMoves, SearchRule::BESIDE},
     {"\\tourney", &clsTalvena::cmdTourney, SearchRule::FINISHES},
+    {"\\merge", &clsTalvena::cmdMerge, SearchRule::FINISHES},
     {"\\soul", &clsTalvena::cmdSoul, SearchRule::BESIDE},
     {"\\testsouls", &clsTalvena::cmdNothing, SearchRule::BESIDE},  // a reserved name, kept deliberately
     {"\\learnt", &clsTalvena::cmdLearnt, SearchRule::FINISHES},

@@ -6,6 +6,7 @@
 #include "chess/book/book_commands.h"
 #include "chess/driver/talvena.h"
 #include "chess/tourney/learning.h"
+#include "chess/tourney/merge.h"
 #include "chess/tourney/play_game.h"
 #include "chess/tourney/soul_file.h"
 #include "chess/tourney/tourney.h"
@@ -104,7 +105,15 @@ void clsTalvena::printMoveList() {
 }
 
 int clsTalvena::cmdTourney(const std::string& rest) {
-  return commandTourney(rest, *this);
+  bool refused = false;
+  const int result = commandTourney(rest, *this, &refused);
+  if (refused) exitStatus_ = 1;
+  return result;
+}
+
+int clsTalvena::cmdMerge(const std::string& rest) {
+  if (!commandMerge(rest, *this)) exitStatus_ = 1;
+  return CMD_PRINTED;
 }
 
 int clsTalvena::cmdLoadBook(const std::string& rest) {

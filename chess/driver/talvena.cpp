@@ -10,6 +10,7 @@
 #include "chess/book/book_commands.h"
 #include "chess/driver/console.h"
 #include "chess/driver/uci.h"
+#include "chess/tourney/merge.h"
 #include "chess/tourney/tourney.h"
 
 namespace kbuChess {
@@ -59,7 +60,18 @@ clsTalvena::~clsTalvena() {
 void clsTalvena::run() {
   printBanner();
   if (options_.get("-use") == "tourney") {
-    execute("\\tourney " + options_.get("-ini"));
+    const std::string shard = options_.has("-shard") ? options_.get("-shard") : shardFromEnvironment();
+    execute("\\tourney " + options_.get("-ini") + (options_.has("-resume") ? " resume" : "") +
+            (shard.empty() ? "" : " shard=" + shard));
+  } else if (options_.get("-use") == "merge") {
+    std::string files;  // each file quoted, its own quotes doubled
+    for (const std::string& file : options_.bareNames()) {
+      if (file.rfind('-', 0) == 0) continue;
+      std::string quoted;
+      for (const char c : file) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+      files += " \"" + quoted + "\"";
+    }
+    execute("\\merge" + files);
   } else {
     if (!options_.get("-load").empty()) execute("\\loadsoul " + options_.get("-load"));
     runLoop();

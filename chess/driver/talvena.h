@@ -93,6 +93,10 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   // True while input lines go to the expression console ("\console" .. "exit").
   bool inConsole() const { return consoleMode_; }
 
+  // 1 when the last tournament or merge could not be done, else 0: the
+  // program's exit status in its -use= modes.
+  int exitStatus() const { return exitStatus_; }
+
  protected:
   void run() override;
 
@@ -180,6 +184,7 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   int cmdSoul(const std::string& rest);
   int cmdMoves(const std::string& rest);
   int cmdTourney(const std::string& rest);
+  int cmdMerge(const std::string& rest);
   int cmdLoadBook(const std::string& rest);
   int cmdSaveBook(const std::string& rest);
   int cmdListBook(const std::string& rest);
@@ -208,6 +213,7 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   void scoreEpdMove(const Move& move);
 
   kobubase::clsOptions options_;
+  int exitStatus_ = 0;
   std::string logPath_;
   std::FILE* logFile_ = nullptr;
   clsEngineShare share_;

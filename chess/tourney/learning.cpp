@@ -12,6 +12,7 @@
 
 #include "base/text.h"
 #include "base/thread.h"
+#include "chess/tourney/match_stats.h"
 
 namespace kbuChess {
 
@@ -32,47 +33,6 @@ bool readLearnArguments(const std::string& args, LearningSettings& settings) {
   settings.msPerMove = static_cast<int>(readClamped(wordAt(args, 3), 1, LearningSettings::MAX_MS_PER_MOVE));
   settings.maxMoves = static_cast<int>(readClamped(wordAt(args, 4), 1, LearningSettings::MAX_MOVES));
   return true;
-}
-
-// --- openings
-
-void clsRandomOpenings::extendRandomly(clsBoard& board, std::vector<std::string>& moves,
-                                       kobubase::clsRandom& random) const {
-  while (static_cast<int>(moves.size()) < plies_) {
-    board.resetFrames();
-    const int count = board.generateLegal();
-    if (count <= 0) return;
-    const Move move = board.frame().first[random.abs32() % static_cast<std::uint32_t>(count)];
-    const std::string text = clsBoard::moveText(&move, false);
-    board.resetFrames();
-    if (!board.readCoordinateMove(text)) return;
-    moves.push_back(text);
-  }
-}
-
-std::vector<std::string> clsRandomOpenings::line(kobubase::clsRandom& random) {
-  auto board = std::make_unique<clsBoard>();
-  board->readFEN(clsBoard::START_FEN);
-  std::vector<std::string> moves;
-  extendRandomly(*board, moves, random);
-  return moves;
-}
-
-std::vector<std::string> clsBookOpenings::line(kobubase::clsRandom& random) {
-  auto board = std::make_unique<clsBoard>();
-  board->readFEN(clsBoard::START_FEN);
-  std::vector<std::string> moves;
-  std::vector<clsBookEntryExt> candidates;
-  while (static_cast<int>(moves.size()) < plies_) {
-    board->resetFrames();
-    if (book_.listCandidates(*board, candidates) == 0 || clsBook::cutRareCandidates(candidates) == 0) break;
-    const std::string text = candidates[random.abs32() % candidates.size()].move;
-    board->resetFrames();
-    if (!board->readCoordinateMove(text)) break;
-    moves.push_back(text);
-  }
-  extendRandomly(*board, moves, random);
-  return moves;
 }
 
 // --- the run
@@ -217,13 +177,18 @@ bool clsLearning::playGeneration(const std::vector<Soul>& population, std::vecto
   failure_.clear();
   playGames(population, pairings, openings, outcomes);
   if (stop_.load() || !failure_.empty()) return false;
-  scores.assign(population.size(), 0);
+  // Points as a tournament counts them, over result rows; souls are named by
+  // their place, since two souls of a population may share a name.
+  std::vector<GameResultRow> rows;
   for (std::size_t k = 0; k < pairings.size(); ++k) {
     if (!outcomes[k].finished) return false;
-    const int white = std::clamp(outcomes[k].whitePoints, 0, 2);
-    scores[static_cast<std::size_t>(pairings[k].white)] += white;
-    scores[static_cast<std::size_t>(pairings[k].black)] += 2 - white;
+    rows.push_back({1, static_cast<int>(k) + 1, std::to_string(pairings[k].white), std::to_string(pairings[k].black),
+                    resultOfWhiteHalfPoints(outcomes[k].whitePoints), "", 0, 0, ""});
   }
+  std::vector<std::string> places;
+  for (std::size_t i = 0; i < population.size(); ++i) places.push_back(std::to_string(i));
+  scores.clear();
+  for (const auto& [place, counts] : countsOfRows(rows, places)) scores.push_back(2 * counts.wins + counts.draws);
   games = static_cast<int>(pairings.size());
   return true;
 }

@@ -28,8 +28,8 @@
 
 #include "base/output.h"
 #include "base/random.h"
-#include "chess/book/book.h"
 #include "chess/engine/soul.h"
+#include "chess/tourney/openings.h"
 #include "chess/tourney/soul_file.h"
 
 namespace kbuChess {
@@ -77,37 +77,6 @@ class clsLearningGames {
                            int msPerMove, int maxMoves) = 0;
   // Asks games in progress to end soon (they return unfinished).
   virtual void stop() {}
-};
-
-// A source of opening lines (coordinate moves from the start position).
-class clsOpenings {
- public:
-  virtual ~clsOpenings() = default;
-  virtual std::vector<std::string> line(kobubase::clsRandom& random) = 0;
-};
-
-// Random legal moves, `plies` of them (fewer when a game ends on the way).
-class clsRandomOpenings : public clsOpenings {
- public:
-  explicit clsRandomOpenings(int plies) : plies_(plies) {}
-  std::vector<std::string> line(kobubase::clsRandom& random) override;
-
- protected:
-  // Appends random legal moves to `moves` on `board` until it holds `plies`.
-  void extendRandomly(clsBoard& board, std::vector<std::string>& moves, kobubase::clsRandom& random) const;
-  int plies_;
-};
-
-// Book moves as the engine would choose them (the rare candidates dropped,
-// uniform among the rest) while the book knows the position, random legal
-// moves after that.
-class clsBookOpenings : public clsRandomOpenings {
- public:
-  clsBookOpenings(const clsBook& book, int plies) : clsRandomOpenings(plies), book_(book) {}
-  std::vector<std::string> line(kobubase::clsRandom& random) override;
-
- private:
-  const clsBook& book_;
 };
 
 class clsLearning {

@@ -6,6 +6,7 @@
 #include <limits>
 #include <mutex>
 #include <sstream>
+#include <string_view>
 
 #include "base/file_io.h"
 
@@ -47,10 +48,10 @@ bool validResult(const std::string& result) {
 }
 
 // The row of one line, or the reason it is not one.
-bool parseLine(const std::string& line, GameResultRow& row, std::string& problem) {
+bool parseLine(const std::string& line, std::size_t fieldCount, GameResultRow& row, std::string& problem) {
   const std::vector<std::string> f = splitTabs(line);
-  if (f.size() != 8) {
-    problem = "expected 8 tab-separated fields, found " + std::to_string(f.size());
+  if (f.size() != fieldCount) {
+    problem = "expected " + std::to_string(fieldCount) + " tab-separated fields, found " + std::to_string(f.size());
     return false;
   }
   constexpr std::int64_t IntMax = std::numeric_limits<int>::max();
@@ -64,8 +65,15 @@ bool parseLine(const std::string& line, GameResultRow& row, std::string& problem
     problem = "unknown result '" + f[4] + "'";
     return false;
   }
-  row = GameResultRow{
-      static_cast<int>(round), static_cast<int>(game), f[2], f[3], f[4], f[5], static_cast<int>(plies), ms};
+  row = GameResultRow{static_cast<int>(round),
+                      static_cast<int>(game),
+                      f[2],
+                      f[3],
+                      f[4],
+                      f[5],
+                      static_cast<int>(plies),
+                      ms,
+                      fieldCount > 8 ? f[8] : std::string()};
   return true;
 }
 
@@ -80,7 +88,7 @@ std::vector<std::string>& registry() {
 std::string resultsLine(const GameResultRow& row) {
   return std::to_string(row.round) + '\t' + std::to_string(row.game) + '\t' + clean(row.white) + '\t' +
          clean(row.black) + '\t' + clean(row.result) + '\t' + clean(row.reason) + '\t' + std::to_string(row.plies) +
-         '\t' + std::to_string(row.ms);
+         '\t' + std::to_string(row.ms) + '\t' + clean(row.opening);
 }
 
 bool appendResultsLine(const std::string& path, const GameResultRow& row) {
@@ -105,22 +113,32 @@ bool readResultsFile(const std::string& path, std::vector<GameResultRow>& rows, 
   std::string line;
   const bool any = static_cast<bool>(std::getline(in, line));
   if (!line.empty() && line.back() == '\r') line.pop_back();
-  if (!any || line != RESULTS_HEADER) {
+  const std::string_view header(RESULTS_HEADER);
+  const std::string_view older = header.substr(0, header.rfind('\t'));  // before the opening field
+  if (!any || (line != header && line != older)) {
     problems.push_back("line 1: not a results file (the header line is missing)");
     return false;
   }
+  const std::size_t fields = line == header ? 9 : 8;
   for (int number = 2; std::getline(in, line); ++number) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (line.empty()) continue;
     GameResultRow row;
-    std::string problem;
-    if (parseLine(line, row, problem)) {
+    std::string problem = "cut short (the line has no end)";
+    if (!in.eof() && parseLine(line, fields, row, problem)) {
       rows.push_back(std::move(row));
     } else {
       problems.push_back("line " + std::to_string(number) + ": " + problem);
     }
   }
   return true;
+}
+
+bool rewriteResultsFile(const std::string& path, const std::vector<GameResultRow>& rows) {
+  std::string text = std::string(RESULTS_HEADER) + "\n";
+  for (const GameResultRow& row : rows) text += resultsLine(row) + "\n";
+  std::string error;
+  return kobubase::writeFileAtomically(path, text, error);
 }
 
 void registerResultsFile(const std::string& path) {

@@ -1,21 +1,26 @@
 #include "chess/tourney/tourney.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <map>
+#include <sstream>
 #include <thread>
 
 #include "base/file_io.h"
 #include "base/interrupt.h"
 #include "base/text.h"
-#include "chess/driver/command_result.h"
 #include "chess/book/book_file.h"
+#include "chess/driver/command_result.h"
 #include "chess/tourney/pgn_output.h"
 #include "chess/tourney/results_file.h"
 #include "chess/tourney/standings.h"
 #include "chess/tourney/tourney_learning_games.h"
+#include "chess/tourney/tourney_resume.h"
 #include "chess/tourney/tourney_text.h"
 
 namespace kbuChess {
@@ -28,6 +33,23 @@ constexpr int PROGRESS_EVERY_MS = 1000;
 // The fixed pauses of a cancelled run: engines get time to read "quit" and leave.
 constexpr int CANCEL_FIRST_PAUSE_MS = 3000;
 constexpr int CANCEL_SECOND_PAUSE_MS = 4000;
+
+bool readFileText(const std::string& path, std::string& text) {
+  errno = 0;
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return false;
+  std::ostringstream bytes;
+  bytes << in.rdbuf();
+  text = bytes.str();
+  return true;
+}
+
+std::vector<std::string> splitLines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
 
 }  // namespace
 
@@ -60,25 +82,28 @@ int nextRunCounter(const std::string& folder, const std::string& eventName) {
   return highest + 1;
 }
 
-clsTourney::clsTourney(TourneyConfig config, kobubase::clsOutBuffer& out) : config_(std::move(config)), out_(out) {
+clsTourney::clsTourney(TourneyConfig config, kobubase::clsOutBuffer& out, bool resume)
+    : config_(std::move(config)), out_(out), resume_(resume) {
   startMs_ = kobubase::nowMs();
   for (const PlayerConfig& player : config_.players) players_.push_back(std::make_unique<clsPlayer>(player));
   if (!config_.logFolder.empty()) {
     std::error_code error;
     std::filesystem::create_directories(config_.logFolder, error);
   }
-  runCounter_ = nextRunCounter(config_.logFolder, config_.name);
-  random_.seed(static_cast<std::uint64_t>(kobubase::nowMs()), static_cast<std::uint64_t>(std::time(nullptr)));
-  if (!config_.openingBook.empty() && !loadBook(openingBook_, config_.openingBook, 0, out_)) {
-    out_.print("# no openings from " + config_.openingBook + ": the games use random lines");
+  seed_ = config_.seed;
+  if (!config_.shardProblem.empty()) {
+    out_.print("# " + config_.shardProblem + "; the event does not start");
+    ready_ = false;
+    return;
   }
-  if (openingBook_.empty()) {
-    openings_ = std::make_unique<clsRandomOpenings>(config_.openingPlies);
-  } else {
-    openings_ = std::make_unique<clsBookOpenings>(openingBook_, config_.openingPlies);
+  chooseRun();
+  ready_ = makeOpenings() && (resume_ ? resumeRun() : freshSlice());
+  if (!ready_) return;
+  if (seed_ == 0) {
+    seed_ =
+        static_cast<std::uint64_t>(kobubase::nowMs()) * 2654435761u ^ static_cast<std::uint64_t>(std::time(nullptr));
+    seed_ = seed_ % 1000000000000ull + 1;
   }
-  resultsPath_ = joinPath(config_.logFolder,
-                          fileNamePart(config_.name) + "-" + std::to_string(runCounter_) + "-results.tsv");
   if (!config_.logPath.empty()) {
     std::string error;
     logFile_ = kobubase::openForAppending(config_.logPath, error);
@@ -86,8 +111,127 @@ clsTourney::clsTourney(TourneyConfig config, kobubase::clsOutBuffer& out) : conf
   }
 }
 
+std::string clsTourney::runFile(const std::string& tail) const {
+  return joinPath(config_.logFolder, fileNamePart(config_.name) + "-" + std::to_string(runCounter_) + "-" + tail);
+}
+
+// A whole run starts a new RUN (or continues the latest one). The slices of
+// one event join the latest run whose settings are theirs, so that slices
+// started one after the other on several machines share one RUN.
+void clsTourney::chooseRun() {
+  const int latest = nextRunCounter(config_.logFolder, config_.name) - 1;
+  runCounter_ = resume_ ? latest : latest + 1;
+  if (config_.shardCount > 1 && latest > 0) {
+    runCounter_ = latest;
+    std::string text;
+    const bool same = readFileText(runFile("event.txt"), text) &&
+                      settingsDifference(splitLines(text), eventSettingsLines(config_, seed_)).empty();
+    if (!same && !resume_) runCounter_ = latest + 1;
+  }
+  const std::string slice = config_.shardCount > 1
+                                ? std::to_string(config_.shardIndex) + "-of-" + std::to_string(config_.shardCount) + "-"
+                                : std::string();
+  resultsPath_ = runFile(slice + "results.tsv");
+  settingsPath_ = runFile("event.txt");
+  gameFilePrefix_ = fileNamePart(config_.name) + "-" + std::to_string(runCounter_) + "-" + slice;
+}
+
+// A slice that has played before is continued with resume only.
+bool clsTourney::freshSlice() {
+  if (config_.shardCount <= 1 || !std::filesystem::exists(resultsPath_)) return true;
+  out_.print("# " + resultsPath_ + " exists: this slice was played before; continue it with -resume");
+  return false;
+}
+
+// The opening source the file names; false when a named file gives no opening.
+bool clsTourney::makeOpenings() {
+  const std::string& file = config_.openingBook;
+  const auto endsWith = [&file](const char* tail) {
+    const std::string_view t(tail);
+    if (file.size() < t.size()) return false;
+    for (std::size_t i = 0; i < t.size(); ++i)
+      if (std::tolower(static_cast<unsigned char>(file[file.size() - t.size() + i])) != t[i]) return false;
+    return true;
+  };
+  if (file.empty()) {
+    openings_ = std::make_unique<clsRandomOpenings>(config_.openingPlies);
+    return true;
+  }
+  if (endsWith(".pgn")) {
+    std::string text;
+    if (!readFileText(file, text)) {
+      out_.print(kobubase::errorLine(errno ? errno : ENOENT) + " (" + file + ")");
+      return false;
+    }
+    const int plies = config_.openingPliesGiven ? config_.openingPlies : TourneyConfig::MAX_SUITE_PLIES;
+    auto suite = std::make_unique<clsSuiteOpenings>(
+        readPgnLines(text, plies, out_), config_.openingOrder == 1 ? OpeningOrder::RANDOM : OpeningOrder::SEQUENTIAL,
+        config_.openingStart);
+    if (suite->size() == 0) {
+      out_.print("# openings: " + file + " holds no usable opening; the event does not start");
+      return false;
+    }
+    out_.print("# openings: " + std::to_string(suite->size()) + " lines from " + file);
+    openings_ = std::move(suite);
+    return true;
+  }
+  if (!loadBook(openingBook_, file, 0, out_) || openingBook_.empty()) {
+    out_.print("# openings: " + file + " is not a readable book; the event does not start");
+    return false;
+  }
+  openings_ = std::make_unique<clsBookOpenings>(openingBook_, config_.openingPlies);
+  return true;
+}
+
+// Takes over the latest run: its settings must match the file's, and every
+// whole pair of its results is kept.
+bool clsTourney::resumeRun() {
+  std::string text;
+  if (runCounter_ < 1 || !readFileText(settingsPath_, text)) {
+    out_.print("# resume: no earlier run of " + fileNamePart(config_.name) + " in " +
+               (config_.logFolder.empty() ? std::string(".") : config_.logFolder));
+    return false;
+  }
+  const std::vector<std::string> stored = splitLines(text);
+  if (seed_ == 0) seed_ = seedOfSettings(stored);
+  const std::string difference = settingsDifference(stored, eventSettingsLines(config_, seed_));
+  if (!difference.empty()) {
+    out_.print("# resume refused: " + difference);
+    return false;
+  }
+  std::vector<GameResultRow> rows;
+  std::vector<std::string> problems;
+  if (std::filesystem::exists(resultsPath_) && !readResultsFile(resultsPath_, rows, problems)) problems.push_back("");
+  for (const std::string& problem : problems) {
+    if (problem.find("cut short") != std::string::npos) continue;  // the line being written when the run died
+    out_.print("# resume refused: " + resultsPath_ + " " + problem);
+    return false;
+  }
+  int dropped = 0;
+  rows_ = rowsOfWholePairs(rows, dropped);
+  if ((dropped > 0 || !problems.empty()) && !rewriteResultsFile(resultsPath_, rows_)) {
+    out_.print(kobubase::errorLine(errno) + " (" + resultsPath_ + ")");
+    return false;
+  }
+  for (const GameResultRow& row : rows_) done_.insert({row.round, row.game});
+  reportedRows_ = rows_.size();
+  out_.print("# resume: run " + std::to_string(runCounter_) + " keeps " + std::to_string(rows_.size()) +
+             " games, plays again " + std::to_string(dropped) + " of a half-finished pair");
+  return true;
+}
+
+void clsTourney::writeSettings() {
+  if (std::filesystem::exists(settingsPath_)) return;  // another slice of the run wrote it
+  std::string text;
+  for (const std::string& line : eventSettingsLines(config_, seed_)) text += line + "\n";
+  std::FILE* file = std::fopen(settingsPath_.c_str(), "wb");
+  if (file == nullptr || std::fwrite(text.data(), 1, text.size(), file) != text.size())
+    out_.print(kobubase::errorLine(errno) + " (" + settingsPath_ + ")");
+  if (file != nullptr) std::fclose(file);
+}
+
 clsTourney::~clsTourney() {
-  games_.clear();  // joins every game thread before the players go
+  running_.clear();  // joins every game thread before the players go
   if (logFile_ != nullptr) std::fclose(logFile_);
 }
 
@@ -113,35 +257,48 @@ void clsTourney::gameFinished(clsTourneyGame& game) {
   row.reason = reasonText(record.result());
   row.plies = record.plies();
   row.ms = game.durationMs();
+  for (const std::string& move : roundOpenings_[static_cast<std::size_t>(pairOfGame_[row.game - 1])])
+    row.opening += (row.opening.empty() ? "" : " ") + move;
   kobubase::clsLock lock(logLock_);
   if (!appendResultsLine(resultsPath_, row)) out_.print(kobubase::errorLine(errno) + " (" + resultsPath_ + ")");
+  rows_.push_back(std::move(row));
 }
 
-void clsTourney::createGames() {
+std::vector<GameResultRow> clsTourney::rows() {
+  kobubase::clsLock lock(logLock_);
+  return rows_;
+}
+
+// The games of one round, numbered from 1, and the pair each belongs to: the
+// pairings of the same two players share a pair, numbered in order of first
+// appearance.
+void clsTourney::createPairings() {
   log("creating games");
-  GameClock clock;
-  clock.gameMs = config_.gameMs;
-  clock.incrementMs = config_.incrementMs;
-  for (const auto& [white, black] : pairings(static_cast<int>(players_.size()), config_.type)) {
-    const int number = static_cast<int>(games_.size()) + 1;
-    auto game = std::make_unique<clsTourneyGame>(*this, number, players_[white].get(), players_[black].get(), clock);
-    game->setFileBase(gameFileBase(config_, runCounter_, number));
-    games_.push_back(std::move(game));
+  pairings_ = pairings(static_cast<int>(players_.size()), config_.type);
+  std::map<std::pair<int, int>, int> pairOf;
+  for (const auto& [white, black] : pairings_) {
+    const auto key = std::minmax(white, black);
+    const auto found = pairOf.emplace(key, static_cast<int>(pairOf.size())).first;
+    pairOfGame_.push_back(found->second);
   }
-  log(gamesCreatedLine(static_cast<int>(games_.size())));
+  pairsPerRound_ = static_cast<int>(pairOf.size());
+  log(gamesCreatedLine(static_cast<int>(pairings_.size())));
 }
 
 bool clsTourney::run() {
+  if (!ready_) return true;
   kobubase::clsInterruptGuard interrupts;
   registerResultsFile(resultsPath_);
-  createGames();
+  if (!resume_) writeSettings();
+  log("seed " + std::to_string(seed_));
+  createPairings();
   for (const std::string& line : bannerLines()) log(line);
   if (config_.type == LEARNING) {
     const bool completed = runLearning();
     log(finishLine(config_.type));
     return completed;
   }
-  for (round_ = 1; round_ <= config_.rounds; ++round_) {
+  for (round_ = 1; round_ <= config_.rounds && !decided_; ++round_) {
     if (!playRound(round_)) {
       printStandings();
       return false;
@@ -170,7 +327,8 @@ bool clsTourney::runLearning() {
   settings.file = joinPath(config_.logFolder, fileNamePart(config_.name) + ".souls");
   settings.generations = config_.rounds < 1 ? 1 : config_.rounds;
   settings.enginesCount = static_cast<int>(souls.size());
-  settings.msPerMove = config_.incrementMs > 0 ? config_.incrementMs : (config_.gameMs / 40 > 0 ? config_.gameMs / 40 : 1);
+  settings.msPerMove =
+      config_.incrementMs > 0 ? config_.incrementMs : (config_.gameMs / 40 > 0 ? config_.gameMs / 40 : 1);
   settings.threads = config_.gamesAtOnce();
   clsTourneyLearningGames games;
   clsRandomOpenings openings(settings.openingPlies);
@@ -189,28 +347,23 @@ bool clsTourney::runLearning() {
   return completed >= settings.generations;
 }
 
-// One opening line per pairing, the same for both colours.
-void clsTourney::drawOpenings() {
-  if (config_.openingPlies <= 0) return;
-  std::map<std::pair<const clsPlayer*, const clsPlayer*>, std::vector<std::string>> lines;
-  for (auto& game : games_) {
-    const clsPlayer* a = game->white();
-    const clsPlayer* b = game->black();
-    const auto key = a < b ? std::make_pair(a, b) : std::make_pair(b, a);
-    auto found = lines.find(key);
-    if (found == lines.end()) found = lines.emplace(key, openings_->line(random_)).first;
-    game->setOpening(found->second);
+// The line of every pair of the round: pair numbers count over the whole run.
+void clsTourney::drawOpenings(int round) {
+  roundOpenings_.assign(static_cast<std::size_t>(pairsPerRound_), {});
+  if (config_.openingPlies <= 0 && config_.openingBook.empty()) return;
+  for (int pair = 0; pair < pairsPerRound_; ++pair) {
+    const std::int64_t number = static_cast<std::int64_t>(round - 1) * pairsPerRound_ + pair;
+    roundOpenings_[static_cast<std::size_t>(pair)] = openings_->lineOfPair(seed_, number);
   }
 }
 
 bool clsTourney::playRound(int round) {
-  const std::time_t now = std::time(nullptr);
-  drawOpenings();
-  for (auto& game : games_) {
-    game->rearm();
-    setRoundTags(game->record(), config_, runCounter_, round, game->number(), game->white()->name(),
-                 game->black()->name());
-    setPlayDate(game->record(), config_, now);
+  drawOpenings(round);
+  started_.assign(pairings_.size(), false);
+  // Games already played, and in a slice the pairs of other slices, are not started.
+  for (std::size_t i = 0; i < pairings_.size(); ++i) {
+    const std::int64_t pair = static_cast<std::int64_t>(round - 1) * pairsPerRound_ + pairOfGame_[i];
+    started_[i] = done_.count({round, static_cast<int>(i) + 1}) > 0 || pair % config_.shardCount != config_.shardIndex;
   }
   std::int64_t lastProgress = 0;
   for (;;) {
@@ -218,50 +371,155 @@ bool clsTourney::playRound(int round) {
       cancelGames();
       return false;
     }
-    int running = 0;
-    startGames(running);
-    int unfinished = 0;
-    for (const auto& game : games_) unfinished += game->finished() ? 0 : 1;
+    const int finished = reapGames();
+    if (finished > 0) reportPairs();
+    startGames(round);
+    int waiting = 0;
+    for (std::size_t i = 0; i < pairings_.size(); ++i) waiting += !started_[i] && mayStart(round, i) ? 1 : 0;
+    const int unfinished = waiting + static_cast<int>(running_.size());
     if (unfinished == 0) return true;
     if (kobubase::nowMs() - lastProgress >= PROGRESS_EVERY_MS) {
       lastProgress = kobubase::nowMs();
-      log(progressLine(round, config_.rounds, running, unfinished));
+      log(progressLine(round, config_.rounds, static_cast<int>(running_.size()), unfinished));
     }
     kobubase::sleepMs(SCHEDULE_STEP_MS);
   }
 }
 
-// Starts games in number order while fewer than `threads` are playing.
-void clsTourney::startGames(int& running) {
-  running = 0;
-  for (const auto& game : games_) running += game->started() && !game->finished() ? 1 : 0;
-  for (const auto& game : games_) {
-    if (running >= config_.gamesAtOnce()) break;
-    if (game->started()) continue;
-    game->start();
-    ++running;
+// Once the sequential test is decided only the partners of started games start.
+bool clsTourney::mayStart(int round, std::size_t index) const {
+  if (!decided_) return true;
+  for (std::size_t i = 0; i < pairings_.size(); ++i) {
+    if (i != index && pairOfGame_[i] == pairOfGame_[index] && started_[i] && !done_.count({round, int(i) + 1}))
+      return true;
   }
+  return false;
+}
+
+// Starts games in number order while fewer than `threads` are playing; each
+// game object is made here and lives until its game has ended.
+void clsTourney::startGames(int round) {
+  const std::time_t now = std::time(nullptr);
+  GameClock clock;
+  clock.gameMs = config_.gameMs;
+  clock.incrementMs = config_.incrementMs;
+  for (std::size_t i = 0; i < pairings_.size(); ++i) {
+    if (static_cast<int>(running_.size()) >= config_.gamesAtOnce()) return;
+    if (started_[i] || !mayStart(round, i)) continue;
+    started_[i] = true;
+    const int number = static_cast<int>(i) + 1;
+    clsPlayer* white = players_[static_cast<std::size_t>(pairings_[i].first)].get();
+    clsPlayer* black = players_[static_cast<std::size_t>(pairings_[i].second)].get();
+    auto game = std::make_unique<clsTourneyGame>(*this, number, white, black, clock);
+    game->setFileBase(joinPath(config_.logFolder, gameFilePrefix_ + std::to_string(number)));
+    game->setOpening(roundOpenings_[static_cast<std::size_t>(pairOfGame_[i])]);
+    setRoundTags(game->record(), config_, runCounter_, round, number, white->name(), black->name());
+    setPlayDate(game->record(), config_, now);
+    game->start();
+    running_.push_back(std::move(game));
+  }
+}
+
+// Ends the objects of finished games; returns how many ended.
+int clsTourney::reapGames() {
+  const auto before = running_.size();
+  std::erase_if(running_, [](const std::unique_ptr<clsTourneyGame>& game) {
+    if (!game->finished()) return false;
+    game->wait();
+    return true;
+  });
+  return static_cast<int>(before - running_.size());
+}
+
+// After every finished pair: its figures, and the sequential test's state.
+void clsTourney::reportPairs() {
+  const std::vector<GameResultRow> all = rows();
+  for (std::size_t i = reportedRows_; i < all.size(); ++i) {
+    const GameResultRow& row = all[i];
+    int partners = 0;  // the pair is finished by the later of its two games
+    for (std::size_t j = 0; j < i; ++j)
+      partners += all[j].round == row.round && all[j].white == row.black && all[j].black == row.white ? 1 : 0;
+    if (partners == 0 || players_.size() < 2) continue;
+    const std::string& first = players_[0]->name();
+    if (config_.type == ALL_PLAY_ALL && players_.size() > 2) continue;
+    const std::string& opponent = row.white == first ? row.black : row.white;
+    out_.print(matchFiguresLine(first, opponent, matchFigures(all, first, opponent)));
+    if (config_.sprt.enabled && !decided_ && opponent == players_[1]->name()) {
+      const SprtSettings sprt{config_.sprt.elo0, config_.sprt.elo1, config_.sprt.alpha, config_.sprt.beta};
+      const double llr = sprtLlr(matchFigures(all, first, opponent).pairs, sprt.elo0, sprt.elo1);
+      out_.print(sprtLine(first, opponent, sprt, llr));
+      const int decision = sprtDecision(llr, sprt);
+      // A slice sees part of the games: it reports the test and leaves the decision to the merge.
+      if (decision != 0 && config_.shardCount == 1) {
+        decided_ = true;
+        log(std::string("sprt: ") + (decision > 0 ? "H1" : "H0") + " accepted, no new pair starts");
+      }
+    }
+  }
+  reportedRows_ = all.size();
 }
 
 void clsTourney::cancelGames() {
   // A game that has already ended ignores the stop; its record belongs to its
   // own thread until then, so it is not read here.
-  for (const auto& game : games_) game->stopGame();
+  for (const auto& game : running_) game->stopGame();
   log("cancel");
   kobubase::sleepMs(CANCEL_FIRST_PAUSE_MS);
   kobubase::sleepMs(CANCEL_SECOND_PAUSE_MS);
-  for (const auto& game : games_) game->wait();
+  for (const auto& game : running_) game->wait();
+  running_.clear();
 }
 
+// Standings and the pair figures over every result row of the run.
 void clsTourney::printStandings() {
-  std::vector<std::pair<std::string, GameCounts>> counts;
-  for (const auto& player : players_) counts.emplace_back(player->name(), player->counts());
-  for (const std::string& line : standingsTable(standings(counts, config_.type), config_.type)) out_.print(line);
+  std::vector<std::string> names;
+  for (const auto& player : players_) names.push_back(player->name());
+  const std::vector<GameResultRow> all = rows();
+  for (const std::string& line : standingsTable(standings(countsOfRows(all, names), config_.type), config_.type))
+    out_.print(line);
+  if (names.size() < 2 || (config_.type == ALL_PLAY_ALL && names.size() > 2)) return;
+  for (std::size_t i = 1; i < names.size(); ++i)
+    out_.print(matchFiguresLine(names[0], names[i], matchFigures(all, names[0], names[i])));
+  if (!config_.sprt.enabled) return;
+  const SprtSettings sprt{config_.sprt.elo0, config_.sprt.elo1, config_.sprt.alpha, config_.sprt.beta};
+  const double llr = sprtLlr(matchFigures(all, names[0], names[1]).pairs, sprt.elo0, sprt.elo1);
+  const int decision = sprtDecision(llr, sprt);
+  out_.print(sprtLine(names[0], names[1], sprt, llr) + (decision == 0  ? ": undecided"
+                                                        : decision > 0 ? ": H1 accepted"
+                                                                       : ": H0 accepted"));
 }
 
-int commandTourney(const std::string& args, kobubase::clsOutBuffer& out) {
-  const std::string file = args.size() >= 2 && args.front() == '"' && args.back() == '"' ? args.substr(1, args.size() - 2)
-                                                                                           : args;
+std::string shardFromEnvironment() {
+  const auto variable = [](const char* name) {
+    const char* value = std::getenv(name);
+    return std::string(value == nullptr ? "" : value);
+  };
+  if (!variable("SLURM_ARRAY_TASK_ID").empty())
+    return variable("SLURM_ARRAY_TASK_ID") + "/" + variable("SLURM_ARRAY_TASK_COUNT");
+  if (!variable("JOB_COMPLETION_INDEX").empty())
+    return variable("JOB_COMPLETION_INDEX") + "/" + variable("TALVENA_SHARD_COUNT");
+  return std::string();
+}
+
+int commandTourney(const std::string& words, kobubase::clsOutBuffer& out, bool* refused) {
+  // Trailing words "resume" and "shard=K/N" follow the file's name.
+  std::string args = words, shard;
+  bool resume = false;
+  for (;;) {
+    const std::size_t blank = args.rfind(' ');
+    if (blank == std::string::npos) break;
+    const std::string last = args.substr(blank + 1);
+    if (last == "resume") {
+      resume = true;
+    } else if (last.rfind("shard=", 0) == 0) {
+      shard = last.substr(6);
+    } else {
+      break;
+    }
+    args.resize(blank);
+  }
+  const std::string file =
+      args.size() >= 2 && args.front() == '"' && args.back() == '"' ? args.substr(1, args.size() - 2) : args;
   if (file.empty()) {
     out.print("# talvena -use=tourney -ini=tourney_file.xml");
     return CMD_PRINTED;
@@ -271,8 +529,16 @@ int commandTourney(const std::string& args, kobubase::clsOutBuffer& out) {
   std::vector<std::string> messages;
   TourneyConfig config = readTourneyFile(file, messages);
   for (const std::string& message : messages) out.print(message);
+  if (refused != nullptr) *refused = !config.loaded;
   if (!config.loaded) return CMD_PRINTED;
-  clsTourney tourney(std::move(config), out);
+  if (!shard.empty()) {
+    const std::size_t slash = shard.find('/');
+    config.shardProblem.clear();
+    readShard(shard.substr(0, slash), slash == std::string::npos ? "" : shard.substr(slash + 1), config.shardIndex,
+              config.shardCount, config.shardProblem);
+  }
+  clsTourney tourney(std::move(config), out, resume);
+  if (refused != nullptr) *refused = !tourney.ready();
   return tourney.run() ? CMD_PRINTED : CMD_QUIT;
 }
 

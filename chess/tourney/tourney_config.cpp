@@ -1,7 +1,10 @@
 #include "chess/tourney/tourney_config.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <pugixml.hpp>
 
 #include "base/file_io.h"
@@ -31,6 +34,44 @@ int typeOf(std::string_view text) {
   return ALL_PLAY_ALL;
 }
 
+// --- Openings order, seed and the sequential test.
+
+void readOpeningOrder(const pugi::xml_node& options, TourneyConfig& config, Messages& messages) {
+  config.openingPliesGiven = !std::string_view(options.child("opening_plies").text().get()).empty();
+  const std::string_view order = options.child("opening_order").text().get();
+  config.openingOrder = order == "random" ? 1 : 0;
+  if (!order.empty() && order != "random" && order != "sequential")
+    messages.push_back("# tourney file: opening_order is sequential or random, not '" + std::string(order) +
+                       "'; sequential used");
+  config.openingStart =
+      readNumber(options.child("opening_start").text().get(), 0, 0, 1000000000, "opening_start", messages);
+  const std::string_view seed = options.child("seed").text().get();
+  config.seed = seed.empty() ? 0 : static_cast<std::uint64_t>(std::max<std::int64_t>(kobubase::readInteger(seed), 0));
+}
+
+// A bad sprt element turns the test off with one line saying why.
+void readSprt(const pugi::xml_node& sprt, TourneyConfig& config, Messages& messages) {
+  if (!sprt) return;
+  TourneyConfig::Sprt test;
+  const auto number = [&](const char* name, double fallback) {
+    const char* text = sprt.attribute(name).value();
+    return *text ? std::strtod(text, nullptr) : fallback;
+  };
+  test.elo0 = number("elo0", test.elo0);
+  test.elo1 = number("elo1", test.elo1);
+  test.alpha = number("alpha", test.alpha);
+  test.beta = number("beta", test.beta);
+  const bool inside = [](double p) { return p > 0 && p < 0.5; }(test.alpha) && test.beta > 0 && test.beta < 0.5;
+  if (!inside || !(test.elo0 < test.elo1) || std::abs(test.elo0) > 1000 || std::abs(test.elo1) > 1000) {
+    messages.push_back(
+        "# tourney file: sprt needs elo0 < elo1 (within +-1000) and alpha, beta inside (0, 0.5); "
+        "the event runs without the test");
+    return;
+  }
+  test.enabled = true;
+  config.sprt = test;
+}
+
 void readOptions(const pugi::xml_node& options, TourneyConfig& config, Messages& messages) {
   const std::string_view rounds = options.child("rounds").text().get();
   config.roundsFlag = rounds == "true";
@@ -39,6 +80,12 @@ void readOptions(const pugi::xml_node& options, TourneyConfig& config, Messages&
   config.openingBook = options.child("openings").text().get();
   config.openingPlies = readNumber(options.child("opening_plies").text().get(), config.openingBook.empty() ? 0 : 8, 0,
                                    TourneyConfig::MAX_OPENING_PLIES, "opening_plies", messages);
+  readOpeningOrder(options, config, messages);
+  readSprt(options.child("sprt"), config, messages);
+  const pugi::xml_node shard = options.child("shard");
+  if (shard && !readShard(shard.attribute("index").value(), shard.attribute("count").value(), config.shardIndex,
+                          config.shardCount, config.shardProblem))
+    messages.push_back("# tourney file: " + config.shardProblem);
 }
 
 void readClock(const pugi::xml_node& clock, TourneyConfig& config, Messages& messages) {
@@ -113,6 +160,25 @@ std::string headerTagProblem(std::string_view name, std::string_view value) {
   for (int i = 0; !kobubase::wordAt(value, i).empty(); ++i)
     if (kobubase::wordAt(value, i) == "Kobu") return "the word Kobu marks the program's own tags";
   return std::string();
+}
+
+bool readShard(std::string_view index, std::string_view count, int& shardIndex, int& shardCount, std::string& problem) {
+  const auto digits = [](std::string_view text) {
+    return !text.empty() && text.size() < 10 && text.find_first_not_of("0123456789") == std::string_view::npos;
+  };
+  const std::string given = std::string(index) + "/" + std::string(count);
+  if (!digits(index) || !digits(count)) {
+    problem = "shard " + given + " is not K/N with whole numbers";
+    return false;
+  }
+  const std::int64_t k = kobubase::readInteger(index), n = kobubase::readInteger(count);
+  if (n < 1 || n > MAX_SHARDS || k >= n) {
+    problem = "shard " + given + " needs N from 1 to " + std::to_string(MAX_SHARDS) + " and K from 0 to N-1";
+    return false;
+  }
+  shardIndex = static_cast<int>(k);
+  shardCount = static_cast<int>(n);
+  return true;
 }
 
 std::string fileNamePart(std::string_view name) {

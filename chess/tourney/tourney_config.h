@@ -60,14 +60,31 @@ struct TourneyConfig {
   int movesPerSecond = 0;
   int gameMs = 60000;
   int incrementMs = 0;
-  // Openings: each pairing plays both colours from the same line of
-  // openingPlies plies, drawn from this book (".sbk"), or random legal moves
-  // when the name is empty; 0 plies (the default without a book): the start
-  // position.
+  // Openings: each pair of games (a pairing with both colours in one round)
+  // plays the same line of openingPlies plies, drawn from this file (a book
+  // ".sbk", or a PGN suite whose games are cut at openingPlies), or random
+  // legal moves when the name is empty; 0 plies (the default without a
+  // file): the start position.
   std::string openingBook;
   int openingPlies = 0;
   std::vector<PlayerConfig> players;  // active engines in file order
   std::vector<std::pair<std::string, std::string>> pgnHeaders;
+
+  // --- Openings order, seed and the sequential test.
+  static constexpr std::int64_t MAX_SUITE_PLIES = 1000;
+  bool openingPliesGiven = false;  // a PGN suite without opening_plies plays its whole lines
+  int openingOrder = 0;            // 0 sequential, 1 random (suites; books and random lines are drawn)
+  std::int64_t openingStart = 0;   // the suite line of the first pair
+  std::uint64_t seed = 0;          // 0: none given, the run draws one and reports it
+  struct Sprt {
+    bool enabled = false;
+    double elo0 = 0, elo1 = 5, alpha = 0.05, beta = 0.05;
+  } sprt;
+  // A slice of the event: only the game pairs whose number over the whole
+  // run is shardIndex modulo shardCount are played.
+  int shardIndex = 0;
+  int shardCount = 1;
+  std::string shardProblem;  // a shard that cannot be played: the event does not start
 
   // How many games may run at once.
   int gamesAtOnce() const { return threads < 1 ? 1 : threads; }
@@ -86,6 +103,11 @@ TourneyConfig readTourneyFile(const std::string& path, std::vector<std::string>&
 // value without the word "Kobu", which marks the program's own tags. An empty
 // string means yes, otherwise the reason why not.
 std::string headerTagProblem(std::string_view name, std::string_view value);
+
+// Reads a slice "K of N" (K from 0 to N-1, N from 1 to MAX_SHARDS); false
+// with the reason in `problem` otherwise.
+inline constexpr int MAX_SHARDS = 1000000;
+bool readShard(std::string_view index, std::string_view count, int& shardIndex, int& shardCount, std::string& problem);
 
 // The event's name as part of a file name: "/", "\\" and control characters
 // become "_"; an empty name gives "tourney".

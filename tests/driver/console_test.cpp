@@ -119,17 +119,17 @@ TEST_F(ConsoleTest, SoulsBookAndOptionsTables) {
 
 TEST_F(ConsoleTest, GamesAndStandingsFromResultsFiles) {
   const std::string ours = folder_ + "/ours.tsv", earlier = folder_ + "/earlier.tsv";
-  appendResultsLine(ours, {1, 1, "Simple5", "fairymax", "1-0", "White mates", 61, 1000});
-  appendResultsLine(ours, {1, 2, "fairymax", "Simple5", "1/2-1/2", "repetition", 80, 2000});
-  appendResultsLine(ours, {1, 3, "Mass161", "Simple5", "*", "interrupted", 9, 10});
+  appendResultsLine(ours, {1, 1, "Simple5", "fairymax", "1-0", "White mates", 61, 1000, ""});
+  appendResultsLine(ours, {1, 2, "fairymax", "Simple5", "1/2-1/2", "repetition", 80, 2000, ""});
+  appendResultsLine(ours, {1, 3, "Mass161", "Simple5", "*", "interrupted", 9, 10, ""});
   registerResultsFile(ours);
-  appendResultsLine(earlier, {1, 1, "Mass161", "fairymax", "0-1", "Black mates", 40, 500});
+  appendResultsLine(earlier, {1, 1, "Mass161", "fairymax", "0-1", "Black mates", 40, 500, ""});
   std::FILE* file = std::fopen(earlier.c_str(), "ab");
   std::fputs("broken line\n", file);
   std::fclose(file);
   EXPECT_EQ(console_.loadResults(earlier),
             (Lines{"results: " + earlier + " added to games with 1 game, 1 bad line skipped",
-                   "results: " + earlier + ": line 3: expected 8 tab-separated fields, found 1"}));
+                   "results: " + earlier + ": line 3: expected 9 tab-separated fields, found 1"}));
   EXPECT_EQ(console_.loadResults(folder_ + "/none.tsv"),
             (Lines{"results: cannot load " + folder_ + "/none.tsv",
                    folder_ + "/none.tsv: error 2: No such file or directory"}));
@@ -138,7 +138,7 @@ TEST_F(ConsoleTest, GamesAndStandingsFromResultsFiles) {
             (Lines{"name      games  points  score  draws", "--------  -----  ------  -----  -----",
                    "Simple5       2     1.5     75     50", "fairymax      3     1.5     50   33.3",
                    "Mass161       1       0      0      0", "(3 rows)"}));
-  EXPECT_EQ(standings[0], "games: " + earlier + ": line 3: expected 8 tab-separated fields, found 1");
+  EXPECT_EQ(standings[0], "games: " + earlier + ": line 3: expected 9 tab-separated fields, found 1");
   const Lines games = console_.query("SELECT count(*), sum(plies), count(DISTINCT file) FROM games");
   EXPECT_EQ(games.back(), "(1 row)");
   EXPECT_EQ(games[games.size() - 2], "       4         190                     2");

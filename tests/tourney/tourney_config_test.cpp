@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <tuple>
 
 namespace kbuChess {
 namespace {
@@ -114,6 +115,29 @@ TEST(TourneyConfigTest, NumbersOutOfBoundsAreHeldWithAWarning) {
   EXPECT_EQ(zero.config.gamesAtOnce(), 1);
   EXPECT_EQ(zero.config.gameMs, 100);
   EXPECT_EQ(read("<tourney><options><threads>3</threads></options></tourney>").config.gamesAtOnce(), 3);
+}
+
+TEST(TourneyConfigTest, OpeningOrderSeedAndSprtAreReadAndBadOnesNamed) {
+  const Read good = read(R"(<tourney><options><opening_order>random</opening_order><opening_start>12</opening_start>
+      <seed>77</seed><sprt elo0="-1.5" elo1="3" alpha="0.1" beta="0.2"/></options></tourney>)");
+  const TourneyConfig& c = good.config;
+  EXPECT_EQ(std::make_tuple(c.openingOrder, c.openingStart, c.seed, c.sprt.enabled, c.sprt.elo0, c.sprt.elo1,
+                            c.sprt.alpha, c.sprt.beta),
+            std::make_tuple(1, 12, 77u, true, -1.5, 3.0, 0.1, 0.2));
+  EXPECT_EQ(good.messages, Lines{});
+  const std::string refused =
+      "# tourney file: sprt needs elo0 < elo1 (within +-1000) and alpha, beta inside (0, 0.5); the event runs "
+      "without the test";
+  for (const char* sprt :
+       {R"(<sprt elo0="5" elo1="5"/>)", R"(<sprt alpha="0.5"/>)", R"(<sprt beta="0"/>)", R"(<sprt elo1="nan"/>)"}) {
+    const Read bad =
+        read(std::string("<tourney><options><opening_order>shuffled</opening_order>") + sprt + "</options></tourney>");
+    EXPECT_FALSE(bad.config.sprt.enabled) << sprt;
+    EXPECT_EQ(bad.messages, (Lines{"# tourney file: opening_order is sequential or random, not 'shuffled'; "
+                                   "sequential used",
+                                   refused}))
+        << sprt;
+  }
 }
 
 TEST(TourneyConfigTest, UnusableFilesLeaveNoPlayers) {

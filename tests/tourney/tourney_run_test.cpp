@@ -54,7 +54,7 @@ std::map<std::string, std::string> readResults(const std::string& path) {
   std::ifstream in(path);
   std::string line;
   std::getline(in, line);
-  EXPECT_EQ(line, "round\tgame\twhite\tblack\tresult\treason\tplies\tms");
+  EXPECT_EQ(line, "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening");
   while (std::getline(in, line)) {
     std::vector<std::string> fields;
     std::stringstream split(line);

@@ -1,0 +1,80 @@
+#include "chess/tourney/tourney_resume.h"
+
+#include <cstdlib>
+#include <map>
+#include <set>
+#include <sstream>
+#include <tuple>
+
+namespace kbuChess {
+
+std::vector<std::string> eventSettingsLines(const TourneyConfig& config, std::uint64_t seed) {
+  std::string players;
+  for (const PlayerConfig& player : config.players) {
+    if (!players.empty()) players += ", ";
+    players += player.name + " (" + player.protocol + " " + player.filename + " " + player.parameters + ")";
+  }
+  const std::string clock = std::to_string(config.movesPerSecond) + "/" + std::to_string(config.gameMs) + "+" +
+                            std::to_string(config.incrementMs);
+  const std::string openings = config.openingBook + " plies " + std::to_string(config.openingPlies) + " order " +
+                               (config.openingOrder == 1 ? "random" : "sequential") + " start " +
+                               std::to_string(config.openingStart);
+  std::vector<std::string> lines{"name\t" + config.name,  "type\t" + std::to_string(config.type),
+                                 "players\t" + players,   "clock\t" + clock,
+                                 "openings\t" + openings, "seed\t" + std::to_string(seed)};
+  if (config.sprt.enabled) {
+    std::ostringstream test;
+    test << "sprt\t" << config.sprt.elo0 << " " << config.sprt.elo1 << " " << config.sprt.alpha << " "
+         << config.sprt.beta;
+    lines.push_back(test.str());
+  }
+  return lines;
+}
+
+std::string settingsDifference(const std::vector<std::string>& run, const std::vector<std::string>& file) {
+  std::map<std::string, std::string> before;
+  for (const std::string& line : run) before[line.substr(0, line.find('\t'))] = line.substr(line.find('\t') + 1);
+  for (const std::string& line : file) {
+    if (line.rfind("sprt\t", 0) == 0) continue;  // the test may change between the parts of a run
+    const std::string key = line.substr(0, line.find('\t')), value = line.substr(line.find('\t') + 1);
+    const auto found = before.find(key);
+    const std::string old = found == before.end() ? "none" : found->second;
+    if (old != value) return key + " differs (run: " + old + "; file: " + value + ")";
+  }
+  return std::string();
+}
+
+std::uint64_t seedOfSettings(const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) {
+    if (line.rfind("seed\t", 0) == 0) return std::strtoull(line.c_str() + 5, nullptr, 10);
+  }
+  return 0;
+}
+
+std::vector<GameResultRow> rowsOfWholePairs(const std::vector<GameResultRow>& rows, int& dropped) {
+  using PairKey = std::tuple<int, std::string, std::string>;
+  std::map<PairKey, std::vector<std::size_t>> pairs;
+  std::set<std::pair<int, int>> seen;
+  dropped = 0;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const GameResultRow& row = rows[i];
+    if (!seen.insert({row.round, row.game}).second) {
+      ++dropped;
+      continue;
+    }
+    const bool ordered = row.white < row.black;
+    pairs[{row.round, ordered ? row.white : row.black, ordered ? row.black : row.white}].push_back(i);
+  }
+  std::vector<bool> keep(rows.size(), false);
+  for (const auto& [key, games] : pairs) {
+    for (std::size_t k = 0; k + 1 < games.size(); k += 2) keep[games[k]] = keep[games[k + 1]] = true;
+    dropped += static_cast<int>(games.size() % 2);
+  }
+  std::vector<GameResultRow> kept;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (keep[i]) kept.push_back(rows[i]);
+  }
+  return kept;
+}
+
+}  // namespace kbuChess

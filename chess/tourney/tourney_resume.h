@@ -1,0 +1,27 @@
+#pragma once
+// What a run leaves behind so that it can be continued: the event's settings
+// as a few "key<TAB>value" lines (NAME-RUN-event.txt beside the results
+// file), and the rule for what of an interrupted run's results is kept.
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "chess/tourney/results_file.h"
+#include "chess/tourney/tourney_config.h"
+
+namespace kbuChess {
+
+// The settings a continued run must share with the run it continues: name,
+// players, clock, openings and seed, one "key<TAB>value" line each.
+std::vector<std::string> eventSettingsLines(const TourneyConfig& config, std::uint64_t seed);
+// The first setting that differs, as "players differs (run: A, B; file: A, C)"; empty when none does.
+std::string settingsDifference(const std::vector<std::string>& run, const std::vector<std::string>& file);
+// The seed written in settings lines; 0 when there is none.
+std::uint64_t seedOfSettings(const std::vector<std::string>& lines);
+
+// The rows of whole game pairs: both games of a pairing in a round. A game
+// whose partner is missing is dropped (its pair is played again), and so is
+// a second row of the same round and game. `dropped` counts what was left out.
+std::vector<GameResultRow> rowsOfWholePairs(const std::vector<GameResultRow>& rows, int& dropped);
+
+}  // namespace kbuChess

@@ -1,0 +1,132 @@
+// A run killed with kill -9 and resumed: every (round, game) is in the
+// results file once, with the openings an uninterrupted run of the same seed
+// plays; and the refusals of a resume that cannot be done.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "chess/tourney/tourney.h"
+#include "tests/e2e/engine_process.h"
+#include "tests/tourney/tourney_test_util.h"
+
+namespace {
+
+using tourney_test::Lines;
+using tourney_test::TempFolder;
+
+std::string writeEvent(const TempFolder& folder, const std::string& clock) {
+  const std::string path = folder.file("event.xml");
+  std::ofstream(path) << "<tourney name=\"pairs\" type=\"gauntlet\"><options><rounds>3</rounds><logfolder>"
+                      << folder.path()
+                      << "</logfolder><threads>2</threads><opening_plies>4</opening_plies><seed>11</seed></options>"
+                      << clock
+                      << "<engines><engine active=\"true\" name=\"A\" protocol=\"embedded\" parameters=\"Simple5\"/>"
+                         "<engine active=\"true\" name=\"B\" protocol=\"embedded\" parameters=\"Mass161\"/>"
+                         "</engines></tourney>";
+  return path;
+}
+
+const std::string CLOCK = "<clock moves_per_second=\"0\" game_ms=\"1000\" increment_ms=\"10\"/>";
+
+// "round game" -> opening, and how many lines each (round, game) has.
+std::map<std::string, std::string> openingsOf(const std::string& path, std::map<std::string, int>& counts) {
+  std::map<std::string, std::string> openings;
+  std::istringstream in(tourney_test::readText(path));
+  std::string line;
+  std::getline(in, line);
+  while (std::getline(in, line)) {
+    std::vector<std::string> f;
+    std::stringstream split(line);
+    for (std::string field; std::getline(split, field, '\t');) f.push_back(field);
+    if (f.size() < 9) continue;
+    openings[f[0] + " " + f[1]] = f[8];
+    ++counts[f[0] + " " + f[1]];
+  }
+  return openings;
+}
+
+Lines runTalvena(const Lines& args) {
+  EngineProcess talvena(TALVENA_BIN, args);
+  Lines lines = talvena.readUntil("# bye bye", 120000);
+  EXPECT_TRUE(talvena.found());
+  return lines;
+}
+
+bool holds(const Lines& lines, const std::string& text) {
+  return std::any_of(lines.begin(), lines.end(),
+                     [&](const std::string& l) { return l.find(text) != std::string::npos; });
+}
+
+TEST(TourneyResume, KilledRunResumedPlaysEachGameOnceWithTheSameOpenings) {
+  const TempFolder whole("whole"), killed("killed");
+  runTalvena({"-use=tourney", "-ini=" + writeEvent(whole, CLOCK)});
+  std::map<std::string, int> counts;
+  const auto expected = openingsOf(whole.file("pairs-1-results.tsv"), counts);
+  ASSERT_EQ(expected.size(), 6u);
+
+  const std::string ini = writeEvent(killed, CLOCK);
+  {
+    EngineProcess talvena(TALVENA_BIN, {"-use=tourney", "-ini=" + ini});
+    const std::string results = killed.file("pairs-1-results.tsv");
+    const auto finishedGames = [&] {
+      const std::string text = tourney_test::readText(results);
+      return std::count(text.begin(), text.end(), '\n') - 1;
+    };
+    for (int wait = 0; wait < 6000 && finishedGames() < 1; ++wait) kobubase::sleepMs(10);
+    ::kill(talvena.pid(), SIGKILL);
+    talvena.waitExit(5000);
+  }
+  const Lines resumed = runTalvena({"-use=tourney", "-ini=" + ini, "-resume"});
+  EXPECT_TRUE(holds(resumed, "# resume: run 1 keeps ")) << resumed.front();
+  counts.clear();
+  EXPECT_EQ(openingsOf(killed.file("pairs-1-results.tsv"), counts), expected);
+  for (const auto& [game, count] : counts) EXPECT_EQ(count, 1) << game;
+  EXPECT_TRUE(holds(resumed, "# A vs B: games 6 W-L-D "));
+
+  // The settings of the run are checked; a folder without a run has nothing to resume.
+  const std::string changed = writeEvent(killed, "<clock game_ms=\"2000\"/>");
+  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + changed, "-resume"}),
+                    "# resume refused: clock differs (run: 0/1000+10; file: 300000/2000+0)"));
+  const TempFolder empty("empty");
+  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + writeEvent(empty, CLOCK), "-resume"}),
+                    "# resume: no earlier run of pairs in " + empty.path()));
+}
+
+}  // namespace
+
+namespace {
+
+// An openings file that gives no opening stops the event before any engine starts.
+TEST(TourneyOpenings, FilesWithoutAnOpeningAreRefusedBeforeTheFirstGame) {
+  const TempFolder folder("openings");
+  std::ofstream(folder.file("binary.pgn"), std::ios::binary) << std::string("\0\1\2\3\xff\xfe", 6);
+  const struct {
+    std::string file;
+    std::string line;
+  } cases[] = {
+      {folder.file("missing.pgn"), "# error 2: No such file or directory (" + folder.file("missing.pgn") + ")"},
+      {folder.file("binary.pgn"), "# openings: " + folder.file("binary.pgn") + " holds no usable opening"},
+      {folder.file("missing.sbk"), "# openings: " + folder.file("missing.sbk") + " is not a readable book"},
+  };
+  for (const auto& c : cases) {
+    kbuChess::TourneyConfig config;
+    config.openingBook = c.file;
+    config.openingPlies = 8;
+    config.players = {{"A", "", "Simple5", "embedded"}, {"B", "", "Mass161", "embedded"}};
+    config.logFolder = folder.path();
+    kobubase::clsOutBuffer out;
+    out.setEcho(false);
+    out.setKeep(true);
+    kbuChess::clsTourney tourney(config, out);
+    EXPECT_FALSE(tourney.ready());
+    EXPECT_TRUE(holds(out.takeAll(), c.line)) << c.file;
+  }
+}
+
+}  // namespace

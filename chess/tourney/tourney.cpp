@@ -120,6 +120,9 @@ void clsTourney::createGames() {
   GameClock clock;
   clock.gameMs = config_.gameMs;
   clock.incrementMs = config_.incrementMs;
+  clock.maxPlies = config_.maxPlies;
+  clock.commandPauseMs = config_.commandPauseMs;
+  clock.adjudication = config_.adjudication;
   for (const auto& [white, black] : pairings(static_cast<int>(players_.size()), config_.type)) {
     const int number = static_cast<int>(games_.size()) + 1;
     auto game = std::make_unique<clsTourneyGame>(*this, number, players_[white].get(), players_[black].get(), clock);

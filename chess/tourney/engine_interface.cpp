@@ -176,13 +176,6 @@ bool clsEngineInterface::awaitFeatures() {
   bool heard = false;
   while (!featuresDone_) {
     const std::int64_t now = kobubase::nowMs();
-    if (HasPendingOutput()) {
-      if (!heard) deadline = std::max(deadline, now + FEATURES_MS);
-      heard = true;
-      ReadReply();
-      continue;
-    }
-    if (HasEnded()) return true;  // the game finds the engine gone
     if (featuresDelayed_ && delayedUntil == 0) delayedUntil = now + FEATURES_DELAYED_MS;
     if (featuresDelayed_ && now > delayedUntil) {
       notReady_ = true;
@@ -190,6 +183,13 @@ bool clsEngineInterface::awaitFeatures() {
       return false;
     }
     if (!featuresDelayed_ && now > deadline) return true;
+    if (HasPendingOutput()) {
+      if (!heard) deadline = std::max(deadline, now + FEATURES_MS);
+      heard = true;
+      ReadReply();
+      continue;
+    }
+    if (HasEnded()) return true;  // the game finds the engine gone
     kobubase::sleepMs(1);
   }
   return true;

@@ -240,19 +240,19 @@ void clsRedirectedChild::append(const char* bytes, std::size_t count) {
 
 // Piece by piece, each up to and including a line feed (or the unfinished
 // tail): a line starting while too much waits unread is dropped whole; a
-// kept line keeps at most LINE_LIMIT bytes.
+// kept line keeps at most the line limit.
 bool clsRedirectedChild::keep(const char* bytes, std::size_t count) {
   bool firstDrop = false;
   while (count > 0) {
     const char* feed = static_cast<const char*>(std::memchr(bytes, '\n', count));
     const bool complete = feed != nullptr;
     const std::size_t piece = complete ? static_cast<std::size_t>(feed - bytes) + 1 : count;
-    if (lineBytes_ == 0 && !dropLine_ && buffer_.size() - taken_ > PENDING_LIMIT) {
+    if (lineBytes_ == 0 && !dropLine_ && buffer_.size() - taken_ > pendingLimit_) {
       firstDrop = dropped_.fetch_add(1) == 0 || firstDrop;
       dropLine_ = true;
     }
     if (!dropLine_) {
-      const std::size_t text = std::min(complete ? piece - 1 : piece, LINE_LIMIT - lineBytes_);
+      const std::size_t text = std::min(complete ? piece - 1 : piece, lineLimit_ - lineBytes_);
       buffer_.append(bytes, text);
       lineBytes_ += text;
       if (complete) buffer_ += '\n';

@@ -13,10 +13,10 @@
 // program, a blank, the parameters) is cut at 8191 characters. A program
 // named without a folder is looked up in PATH.
 //
-// What the child writes is bounded: a line longer than LINE_LIMIT bytes is
-// cut there, and while more than PENDING_LIMIT bytes wait unread, new lines
-// are dropped (reported once), so a flooding child costs neither memory nor
-// the owner's attention.
+// What is kept of the child's output can be bounded (limitOutput): a line
+// longer than the line limit is cut there, and while more than the pending
+// limit waits unread, new lines are dropped (reported once), so a flooding
+// child costs neither memory nor the owner's attention.
 //
 // The child leads a process group of its own; close() ends the whole group,
 // so a program that is a script leaves none of its children behind.
@@ -31,6 +31,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <string>
 
@@ -47,9 +48,9 @@ class clsRedirectedChild : public clsThread {
   static constexpr int DESTROY_GRACE_MS = 1000;
   // How long the reader waits in one poll: the latency of noticing a stop.
   static constexpr int POLL_MS = 10;
-  // Bytes kept of one line; the rest of a longer line is dropped.
+  // Usual bounds for a program that is not trusted: bytes kept of one line,
+  // and unread bytes beyond which whole new lines are dropped.
   static constexpr std::size_t LINE_LIMIT = 64 * 1024;
-  // Unread bytes beyond which whole new lines are dropped.
   static constexpr std::size_t PENDING_LIMIT = 1 << 20;
 
   clsRedirectedChild(std::string program = "", std::string parameters = "");
@@ -57,6 +58,11 @@ class clsRedirectedChild : public clsThread {
 
   void setProgram(std::string program) { program_ = std::move(program); }
   void setParameters(std::string parameters) { parameters_ = std::move(parameters); }
+  // Bounds what is kept of the output (see above); set before start().
+  void limitOutput(std::size_t lineBytes, std::size_t pendingBytes) {
+    lineLimit_ = lineBytes;
+    pendingLimit_ = pendingBytes;
+  }
   const std::string& program() const { return program_; }
   // The quoted program, a blank and the parameters, cut at 8191 characters.
   std::string commandLine() const;
@@ -119,7 +125,9 @@ class clsRedirectedChild : public clsThread {
   void closeFds();
 
   std::string buffer_;
-  std::size_t taken_ = 0;      // bytes of buffer_ already handed out
+  std::size_t taken_ = 0;  // bytes of buffer_ already handed out
+  std::size_t lineLimit_ = SIZE_MAX;
+  std::size_t pendingLimit_ = SIZE_MAX;
   std::size_t lineBytes_ = 0;  // bytes kept of the line being received
   bool dropLine_ = false;      // the line being received is dropped whole
   std::atomic<std::size_t> dropped_{0};

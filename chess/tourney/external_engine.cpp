@@ -9,7 +9,9 @@ namespace kbuChess {
 
 clsExternalEngine::clsExternalEngine(const std::string& name, const std::string& program, const std::string& parameters,
                                      int protocol, clsGameLog* owner)
-    : clsEngineInterface(name, protocol, owner), clsRedirectedChild(program, parameters) {}
+    : clsEngineInterface(name, protocol, owner), clsRedirectedChild(program, parameters) {
+  limitOutput(LINE_LIMIT, PENDING_LIMIT);
+}
 
 clsExternalEngine::~clsExternalEngine() {
   if (alive()) Quit();

@@ -6,7 +6,8 @@
 // followed by a pause, 100 ms unless the tournament sets another, so a slow
 // engine never receives commands faster than it reads them (the pause is
 // part of what its moves cost); every line
-// read is logged "<---\t" and translated into a reply. Stopping never waits
+// read is logged "<---\t" and translated into a reply. What it prints is
+// bounded: lines cut at 64 KB, lines beyond 1 MB unread dropped. Stopping never waits
 // for the program to agree: "quit", then the process is terminated.
 #include <string>
 

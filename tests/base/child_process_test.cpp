@@ -247,6 +247,7 @@ bool vanishes(pid_t pid, int timeoutMs = 5000) {
 // drop is reported once, and every line kept is whole.
 TEST(ChildProcessTest, FloodIsBoundedAndReportedOnce) {
   clsQuietChild flood("yes", "");
+  flood.limitOutput(clsRedirectedChild::LINE_LIMIT, clsRedirectedChild::PENDING_LIMIT);
   flood.start();
   ASSERT_TRUE(flood.waitStarted());
   for (const std::int64_t until = nowMs() + 20000; flood.droppedLines() < 1000 && nowMs() < until;) sleepMs(10);

@@ -9,8 +9,9 @@
 # engine: games, its wins, draws and losses, its forfeits.
 #   tests/engines_match.sh [build/talvena] [GAMES_PER_ENGINE] [GAME_MS] [INC_MS]
 #   tests/engines_match.sh build/talvena 2 20000 1000      (the default)
-#   QUICK=1: fairymax, gnuchess and hoichess at 5 s + 100 ms with no pause
-#   between commands, games cut at 60 plies (what CI runs)
+#   QUICK=1: fairymax, gnuchess and hoichess at 5 s + 100 ms, games cut at
+#   60 plies (what CI runs)
+#   PAUSE_MS=N: N ms after every command to an engine (0 unless given)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 TALVENA=$(readlink -f "${1:-build/talvena}")
@@ -32,11 +33,14 @@ players=(
   "Glaurung uci /usr/games/glaurung glaurung"
   "Fairy-Stockfish uci /usr/games/fairy-stockfish fairy-stockfish"
 )
-options=""
+# No pause after commands: every one of these engines reads its input as it
+# comes, and the default 100 ms a command would cost them time they do not
+# know of. PAUSE_MS=100 plays with the default.
+options="<command_pause_ms>${PAUSE_MS:-0}</command_pause_ms>"
 if [ -n "${QUICK:-}" ]; then
   players=("${players[@]:0:3}")
   GAME_MS=5000 INC_MS=100
-  options="<command_pause_ms>0</command_pause_ms><max_plies>60</max_plies>"
+  options="$options<max_plies>60</max_plies>"
 fi
 
 packages=(pgn-extract)

@@ -180,6 +180,29 @@ TEST(TourneyRun, MissingFloodingAndSlowStartingEngines) {
   }
 }
 
+// Scores reach the adjudication from UCI info lines and the embedded search:
+// a game between them is drawn on its fourth ply; the xboard fake prints no
+// scores and is never adjudicated (its games end otherwise, at the latest on
+// the length cap).
+TEST(TourneyRun, ScoresAdjudicateOnlyEnginesThatPrintThem) {
+  const TempFolder folder("adjudicate");
+  const std::string ini =
+      writeTourney(folder, "adjudicate", "<clock game_ms=\"5000\" increment_ms=\"100\"/>", 2,
+                   {engineElement("Self", "embedded", "", "Simple5"), engineElement("Uci", "uci", FAKE_ENGINE, "uci"),
+                    engineElement("Mute", "xboard", FAKE_ENGINE, "xboard")},
+                   "<command_pause_ms>0</command_pause_ms><max_plies>30</max_plies>"
+                   "<adjudicate draw_moves=\"2\" draw_score=\"100000\" draw_after=\"2\"/>");
+  runTourney(ini, 180000);
+  const std::map<std::string, std::string> results = readResults(folder.file("adjudicate-1-results.tsv"));
+  ASSERT_EQ(results.size(), 4u);
+  EXPECT_EQ(results.at("Self-Uci"), "1/2-1/2 adjudication: draw");
+  EXPECT_EQ(results.at("Uci-Self"), "1/2-1/2 adjudication: draw");
+  for (const char* pair : {"Self-Mute", "Mute-Self"})
+    EXPECT_EQ(results.at(pair).find("adjudication: "), std::string::npos) << results.at(pair);
+  EXPECT_NE(tourney_test::readText(folder.file("adjudicate-1-1.pgn")).find("[Reason \"adjudication: draw\"]"),
+            std::string::npos);
+}
+
 // Both games start from one random opening of three plies, so fairymax takes
 // it in force mode once as White and once as Black.
 TEST(TourneyRun, GamesAgainstFairymaxEndByTheRulesAndTheirPgnReadsCleanly) {

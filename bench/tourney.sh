@@ -49,14 +49,18 @@ for pause in 100 0; do
       printf "fairymax, command_pause_ms %d: %d games in %.1f s, %d lost on time (Simple5 %d, Fairy-Max %d)\n",
              pause, games, wall / 1000, forfeits, lost["Simple5"], lost["Fairy-Max"]
       printf "  game wall time %.1f s in all\n", played / 1000 }' "$WORK/fairy$pause-1-results.tsv"
-  cat "$WORK"/fairy$pause-1-*.log | awk -F'\t' '
+  # The logs of the last round (each round writes its games' logs anew).
+  awk -F'\t' '
     function ms(stamp, parts) { sub(/^# /, "", stamp); split(stamp, parts, ":"); return (parts[1] * 3600 + parts[2] * 60 + parts[3]) * 1000 }
+    FNR == 1 { wall += end; games++ }
+    { end = ms($1) }
+    /new match:/ { last = end }
     $2 == "white" || $2 == "black" {
-      t = ms($1)
-      if ($3 == "--->") { last = t; next }
-      if ($3 ~ /^move /) { think[$2 == "white" ? "w" : "b"] += t - last; moves++; last = t }
+      if ($3 == "--->") { last = end; next }
+      if ($3 ~ /^move /) { think += end - last; moves++; last = end }
     }
-    /new match:/ { last = ms($1) }
-    END { printf "  thinking %.1f s over %d moves (%.0f ms a move)\n", (think["w"] + think["b"]) / 1000, moves, (think["w"] + think["b"]) / moves }'
+    END { wall += end
+          printf "  last round: %d games, wall %.1f s, thinking %.1f s (%.2f), %d moves, %.0f ms a move besides thinking\n",
+                 games, wall / 1000, think / 1000, wall / think, moves, (wall - think) / moves }' "$WORK"/fairy$pause-1-*.log
 done
 echo "files in $WORK"

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <vector>
@@ -61,6 +62,7 @@ ExecPlan planFor(const std::string& program, const std::string& commandLine) {
 [[noreturn]] void becomeChild(const ExecPlan& plan, pid_t parent, int in, int out, int status) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(127);  // the parent died before the line above
+  setpgid(0, 0);
   dup2(in, 0);
   dup2(out, 1);
   dup2(out, 2);
@@ -147,6 +149,7 @@ void clsRedirectedChild::run() {
 bool clsRedirectedChild::createProcess() {
   if (program_.empty()) {
     startError_ = "no program to start";
+    startErrno_ = ENOENT;
     report("# error: no program to start");
     return false;
   }
@@ -166,6 +169,7 @@ bool clsRedirectedChild::createProcess() {
   const pid_t parent = getpid();
   const pid_t child = fork();
   if (child == 0) becomeChild(plan, parent, in[0], out[1], status[1]);
+  if (child > 0) setpgid(child, child);  // the child does it too; whoever comes first wins
   for (int fd : {in[0], out[1], status[1]}) ::close(fd);
   int error = child < 0 ? errno : 0;
   if (child > 0) {
@@ -178,6 +182,7 @@ bool clsRedirectedChild::createProcess() {
   ::close(status[0]);
   if (error != 0) {
     startError_ = errorLine(error);
+    startErrno_ = error;
     for (int fd : {in[1], out[0]}) ::close(fd);
     return false;
   }
@@ -201,8 +206,7 @@ void clsRedirectedChild::readLoop() {
       if (events > 0) {
         const ssize_t n = read(fromChild_, chunk.data(), chunk.size());
         if (n > 0) {
-          std::lock_guard<std::mutex> guard(bufferLock_);
-          buffer_.append(chunk.data(), static_cast<std::size_t>(n));
+          append(chunk.data(), static_cast<std::size_t>(n));
           continue;
         }
         if (n == 0 || errno != EINTR) open = false;  // the child closed its output
@@ -217,13 +221,50 @@ void clsRedirectedChild::readLoop() {
     for (pollfd ready{fromChild_, POLLIN, 0}; open && poll(&ready, 1, 0) > 0;) {
       const ssize_t n = read(fromChild_, chunk.data(), chunk.size());
       if (n <= 0) break;
-      std::lock_guard<std::mutex> guard(bufferLock_);
-      buffer_.append(chunk.data(), static_cast<std::size_t>(n));
+      append(chunk.data(), static_cast<std::size_t>(n));
     }
     report("# process terminated!");
     alive_.store(false);
     return;
   }
+}
+
+void clsRedirectedChild::append(const char* bytes, std::size_t count) {
+  bool firstDrop;
+  {
+    std::lock_guard<std::mutex> guard(bufferLock_);
+    firstDrop = keep(bytes, count);
+  }
+  if (firstDrop) report("# output comes faster than it is read: lines dropped");
+}
+
+// Piece by piece, each up to and including a line feed (or the unfinished
+// tail): a line starting while too much waits unread is dropped whole; a
+// kept line keeps at most the line limit.
+bool clsRedirectedChild::keep(const char* bytes, std::size_t count) {
+  bool firstDrop = false;
+  while (count > 0) {
+    const char* feed = static_cast<const char*>(std::memchr(bytes, '\n', count));
+    const bool complete = feed != nullptr;
+    const std::size_t piece = complete ? static_cast<std::size_t>(feed - bytes) + 1 : count;
+    if (lineBytes_ == 0 && !dropLine_ && buffer_.size() - taken_ > pendingLimit_) {
+      firstDrop = dropped_.fetch_add(1) == 0 || firstDrop;
+      dropLine_ = true;
+    }
+    if (!dropLine_) {
+      const std::size_t text = std::min(complete ? piece - 1 : piece, lineLimit_ - lineBytes_);
+      buffer_.append(bytes, text);
+      lineBytes_ += text;
+      if (complete) buffer_ += '\n';
+    }
+    if (complete) {
+      lineBytes_ = 0;
+      dropLine_ = false;
+    }
+    bytes += piece;
+    count -= piece;
+  }
+  return firstDrop;
 }
 
 bool clsRedirectedChild::reapIfEnded(bool block) {
@@ -305,6 +346,9 @@ void clsRedirectedChild::close() {
   {
     std::lock_guard<std::mutex> process(processLock_);
     if (pid_.load() > 0 && !reaped_.load()) kill(pid_.load(), SIGKILL);
+    // The group outlives its leader while a descendant is in it, so its
+    // number cannot have been taken by another process yet.
+    if (pid_.load() > 0) kill(-pid_.load(), SIGKILL);
   }
   reapIfEnded(true);
   closeFds();

@@ -13,6 +13,14 @@
 // program, a blank, the parameters) is cut at 8191 characters. A program
 // named without a folder is looked up in PATH.
 //
+// What is kept of the child's output can be bounded (limitOutput): a line
+// longer than the line limit is cut there, and while more than the pending
+// limit waits unread, new lines are dropped (reported once), so a flooding
+// child costs neither memory nor the owner's attention.
+//
+// The child leads a process group of its own; close() ends the whole group,
+// so a program that is a script leaves none of its children behind.
+//
 // No child outlives its owner: the child asks the kernel to kill it when the
 // thread that started it ends (the reader thread, which ends with the process
 // or the owner), close() kills it and reaps it, and the destructor gives a
@@ -23,6 +31,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <string>
 
@@ -39,12 +48,21 @@ class clsRedirectedChild : public clsThread {
   static constexpr int DESTROY_GRACE_MS = 1000;
   // How long the reader waits in one poll: the latency of noticing a stop.
   static constexpr int POLL_MS = 10;
+  // Usual bounds for a program that is not trusted: bytes kept of one line,
+  // and unread bytes beyond which whole new lines are dropped.
+  static constexpr std::size_t LINE_LIMIT = 64 * 1024;
+  static constexpr std::size_t PENDING_LIMIT = 1 << 20;
 
   clsRedirectedChild(std::string program = "", std::string parameters = "");
   ~clsRedirectedChild() override;
 
   void setProgram(std::string program) { program_ = std::move(program); }
   void setParameters(std::string parameters) { parameters_ = std::move(parameters); }
+  // Bounds what is kept of the output (see above); set before start().
+  void limitOutput(std::size_t lineBytes, std::size_t pendingBytes) {
+    lineLimit_ = lineBytes;
+    pendingLimit_ = pendingBytes;
+  }
   const std::string& program() const { return program_; }
   // The quoted program, a blank and the parameters, cut at 8191 characters.
   std::string commandLine() const;
@@ -55,6 +73,10 @@ class clsRedirectedChild : public clsThread {
   bool waitStarted(int timeoutMs = 5000);
   // Why the process could not be started ("" when it was, or is starting).
   std::string startError() const;
+  // The system's error number of a failed start (0 when none).
+  int startErrno() const { return phase_.load() == 2 ? startErrno_ : 0; }
+  // Lines dropped because they came faster than they were taken.
+  std::size_t droppedLines() const { return dropped_.load(); }
 
   // Writes text as it is; false at once when the child is not alive or the
   // write fails. An empty text writes nothing and answers true.
@@ -95,11 +117,21 @@ class clsRedirectedChild : public clsThread {
  private:
   bool createProcess();
   void readLoop();
+  // Appends bytes read from the child within the limits; true when this
+  // dropped the first line ever dropped.
+  bool keep(const char* bytes, std::size_t count);
+  void append(const char* bytes, std::size_t count);
   bool reapIfEnded(bool block);
   void closeFds();
 
   std::string buffer_;
   std::size_t taken_ = 0;  // bytes of buffer_ already handed out
+  std::size_t lineLimit_ = SIZE_MAX;
+  std::size_t pendingLimit_ = SIZE_MAX;
+  std::size_t lineBytes_ = 0;  // bytes kept of the line being received
+  bool dropLine_ = false;      // the line being received is dropped whole
+  std::atomic<std::size_t> dropped_{0};
+  int startErrno_ = 0;
   std::mutex bufferLock_;
   std::mutex writeLock_;
   std::mutex processLock_;  // guards reaping against killing a reused pid

@@ -6,7 +6,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-packages=(g++ cmake make libgtest-dev libpugixml-dev pgn-extract fairymax stockfish libsqlite3-dev unixodbc-dev unixodbc libsqliteodbc)
+packages=(g++ cmake make libgtest-dev libpugixml-dev pgn-extract fairymax gnuchess hoichess stockfish libsqlite3-dev unixodbc-dev unixodbc libsqliteodbc)
 missing=()
 for p in "${packages[@]}"; do dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p"); done
 if ((${#missing[@]})); then

@@ -37,6 +37,8 @@ void clsEmbeddedEngine::Stop() {
 void clsEmbeddedEngine::Service() {
   const SearchPoll state = control_.poll();
   if (state != SearchPoll::ENDED && state != SearchPoll::TIME_EXPIRED) return;
+  // The search's score, for adjudication.
+  if (const Move best = bestMove(); best.isMove() && best.searchScore != NO_SCORE) score_ = best.searchScore;
   const Move move = control_.collect();
   if (move.isMove()) print("move " + moveText(&move, false));
 }
@@ -54,7 +56,7 @@ void clsEmbeddedEngine::Go() {
   control_.start(moveTimeMs_ > 0 ? moveTimeMs_ : thinkBudget(ownClock_, 0, 0), 0);
 }
 
-void clsEmbeddedEngine::PlayMove(const std::string& move, int side) {
+void clsEmbeddedEngine::PlayMove(const std::string& move, int side, const std::string&) {
   control_.abandon();
   std::string plain = move;
   std::erase(plain, '=');
@@ -67,7 +69,7 @@ void clsEmbeddedEngine::PlayMove(const std::string& move, int side) {
   if (side != colour_) Go();
 }
 
-void clsEmbeddedEngine::PlayOpeningMove(const std::string& move) {
+void clsEmbeddedEngine::PlayOpeningMove(const std::string& move, const std::string&) {
   control_.abandon();
   moveHistory_ += move + " ";
   if (readCoordinateMove(move)) gameFen_ = clsEngine::fen();

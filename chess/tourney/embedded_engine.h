@@ -44,8 +44,8 @@ class clsEmbeddedEngine : public clsEngineInterface, private clsEngine {
   void Service() override;
   void NewGame() override;
   void Go() override;
-  void PlayMove(const std::string& move, int side) override;
-  void PlayOpeningMove(const std::string& move) override;
+  void PlayMove(const std::string& move, int side, const std::string& san = {}) override;
+  void PlayOpeningMove(const std::string& move, const std::string& san = {}) override;
   // A fixed time per move instead of a share of the clock; 0: from the clock.
   void setMoveTime(int ms) { moveTimeMs_ = ms < 0 ? 0 : ms; }
 

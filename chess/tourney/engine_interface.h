@@ -13,6 +13,7 @@
 // translated line of an external engine) or else the next line the adapter
 // printed into its own output buffer (how the embedded engine answers).
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,6 +38,11 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   static constexpr int START_PAUSE_MS = 1500;
   // Passes of about a millisecond spent waiting for the handshake.
   static constexpr int READY_ROUNDS = 20000;
+  // xboard: how long after "protover 2" (or after the engine's first line,
+  // when that comes later) an engine may take to say "feature done=1"...
+  static constexpr int FEATURES_MS = 2000;
+  // ... and how long after "feature done=0" it may take.
+  static constexpr int FEATURES_DELAYED_MS = 60000;
 
   clsEngineInterface(std::string name, int protocol, clsGameLog* owner);
   ~clsEngineInterface() override = default;
@@ -54,6 +60,10 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   virtual void Service() {}
   // Whether the player has gone (its process ended) since Start.
   virtual bool HasEnded() { return false; }
+  // Whether more output waits to be read right now.
+  virtual bool HasPendingOutput() { return false; }
+  // Why the player's program could not be started ("" when it could).
+  virtual std::string StartProblem() { return {}; }
 
   // ReadReply(), else the oldest line kept in this adapter's output buffer.
   std::string nextReply();
@@ -64,17 +74,25 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   virtual void Go();
   // A move of the game in coordinate notation (a promotion as e7e8q or
   // e7e8=q; engines are sent e7e8q); side 0 White, 1 Black.
-  virtual void PlayMove(const std::string& move, int side);
+  // san: the same move in SAN, for engines that asked for it.
+  virtual void PlayMove(const std::string& move, int side, const std::string& san = {});
   // A move of the game's opening, played before the players take over; the
   // side to move then gets Go() (xboard engines are kept in force mode
   // meanwhile and told "go" with their first move).
-  virtual void PlayOpeningMove(const std::string& move);
+  virtual void PlayOpeningMove(const std::string& move, const std::string& san = {});
   void Quit();
 
   // Readies the player for a game as colour with both clocks at gameMs and
   // both increments at incrementMs; false when the engine never got ready
   // (after READY_ROUNDS passes, or at once when its program has ended).
+  // An xboard engine is first given the time its features ask for.
   bool Prepare(int colour, std::int32_t gameMs, std::int32_t incrementMs);
+  // The engine said "feature done=0" and not "done=1" within FEATURES_DELAYED_MS.
+  bool notReady() const { return notReady_; }
+  // The score of the engine's last thinking line in centipawns from its own
+  // side (xboard post output, UCI "info score"), if it printed one since
+  // the last call.
+  std::optional<int> takeScore() { return std::exchange(score_, std::nullopt); }
   // The game's view of the clocks, refreshed after every move.
   void setClocks(std::int32_t ownMs, std::int32_t opponentMs) {
     ownClock_ = ownMs;
@@ -99,6 +117,10 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   virtual int startPauseMs() const { return START_PAUSE_MS; }
   // The reply a line from the engine stands for ("" for none).
   std::string translate(const std::string& line);
+  // A move as this engine wants it: SAN when it asked for it, after
+  // "usermove " when it asked for that.
+  std::string moveCommand(const std::string& move, const std::string& san) const;
+  std::string levelCommand() const;
 
   clsGameLog* owner_;
   std::string moveHistory_;
@@ -114,12 +136,21 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   std::int32_t opponentClock_ = 0;
   std::int32_t opponentIncrement_ = 0;
   int protocol_;
-  bool forced_ = false;  // an opening was played: xboard in force mode, UCI without its position
+  bool forced_ = false;           // an opening was played: xboard in force mode, UCI without its position
+  bool featuresDone_ = false;     // xboard "feature done=1" came
+  bool featuresDelayed_ = false;  // xboard "feature done=0" came, "done=1" not yet
+  bool notReady_ = false;
+  bool awaitingPong_ = false;  // a ping went out, its pong has not come
+  std::optional<int> score_;
 
  private:
   std::string translateXboard(const std::string& word, const std::string& rest);
   std::string translateUci(const std::string& word, const std::string& rest);
   void readFeatures(const std::string& rest);
+  // Reads replies until the engine's features are done; false when it took too long.
+  bool awaitFeatures();
+  bool awaitReady();
+  void readScore(const std::string& word, const std::string& rest);
 };
 
 }  // namespace kbuChess

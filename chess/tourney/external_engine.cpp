@@ -1,10 +1,17 @@
 #include "chess/tourney/external_engine.h"
 
+#include <cerrno>
+#include <cstring>
+
+#include "base/text.h"
+
 namespace kbuChess {
 
 clsExternalEngine::clsExternalEngine(const std::string& name, const std::string& program, const std::string& parameters,
                                      int protocol, clsGameLog* owner)
-    : clsEngineInterface(name, protocol, owner), clsRedirectedChild(program, parameters) {}
+    : clsEngineInterface(name, protocol, owner), clsRedirectedChild(program, parameters) {
+  limitOutput(LINE_LIMIT, PENDING_LIMIT);
+}
 
 clsExternalEngine::~clsExternalEngine() {
   if (alive()) Quit();
@@ -41,7 +48,19 @@ std::string clsExternalEngine::ReadReply() {
 void clsExternalEngine::Send(const std::string& text) {
   Log("--->\t" + text);
   sendLine(text);
-  kobubase::sleepMs(COMMAND_PAUSE_MS);
+  if (commandPauseMs_ > 0) kobubase::sleepMs(commandPauseMs_);
+}
+
+std::string clsExternalEngine::StartProblem() {
+  waitStarted();
+  const int error = startErrno();
+  if (error == 0) return {};
+  const std::string why = " (" + std::string(std::strerror(error)) + ")";
+  return (error == ENOENT ? "program not found: " : "cannot start ") + program() + why;
+}
+
+void clsExternalEngine::setCommandPause(int ms) {
+  commandPauseMs_ = static_cast<int>(kobubase::clampTo(ms, 0, MAX_COMMAND_PAUSE_MS));
 }
 
 bool clsExternalEngine::IsAlive() {

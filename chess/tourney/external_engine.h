@@ -3,9 +3,11 @@
 //
 // clsExternalEngine runs the program as a child process (clsRedirectedChild)
 // and speaks xboard or UCI with it: every command is logged "--->\t" and
-// followed by a 100 ms pause, so a slow engine never receives commands faster
-// than it reads them (the pause is part of what its moves cost); every line
-// read is logged "<---\t" and translated into a reply. Stopping never waits
+// followed by a pause, 100 ms unless the tournament sets another, so a slow
+// engine never receives commands faster than it reads them (the pause is
+// part of what its moves cost); every line
+// read is logged "<---\t" and translated into a reply. What it prints is
+// bounded: lines cut at 64 KB, lines beyond 1 MB unread dropped. Stopping never waits
 // for the program to agree: "quit", then the process is terminated.
 #include <string>
 
@@ -17,6 +19,7 @@ namespace kbuChess {
 class clsExternalEngine : public clsEngineInterface, public kobubase::clsRedirectedChild {
  public:
   static constexpr int COMMAND_PAUSE_MS = 100;
+  static constexpr int MAX_COMMAND_PAUSE_MS = 1000;
   // How long Stop and Kill give the program after "quit", each time.
   static constexpr int QUIT_GRACE_MS = 1000;
 
@@ -36,8 +39,17 @@ class clsExternalEngine : public clsEngineInterface, public kobubase::clsRedirec
   bool IsAlive() override;
   // The program has ended (or never started) and all it wrote has been read.
   bool HasEnded() override;
+  bool HasPendingOutput() override { return hasLine(); }
+  // "program not found: PATH (system's error text)" or "cannot start PATH
+  // (...)" once the start has failed; "" when it ran.
+  std::string StartProblem() override;
   // "quit", a second's grace, termination.
   void Kill();
+  // The pause after every command, held within 0..MAX_COMMAND_PAUSE_MS.
+  void setCommandPause(int ms);
+
+ private:
+  int commandPauseMs_ = COMMAND_PAUSE_MS;
 };
 
 }  // namespace kbuChess

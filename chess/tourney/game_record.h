@@ -32,6 +32,10 @@ inline constexpr std::uint32_t STALEMATE = 0x1000;
 inline constexpr std::uint32_t INSUFFICIENT_MATERIAL = 0x2000;
 inline constexpr std::uint32_t ENGINE_CRASHED = 0x4000;
 inline constexpr std::uint32_t ABORTED = 0x8000;
+// Finer reasons, always set together with one of the bits above.
+inline constexpr std::uint32_t SCORE_DRAW = 0x10000;    // with DRAW | ADJUDICATION
+inline constexpr std::uint32_t SCORE_RESIGN = 0x20000;  // with DECISIVE | ADJUDICATION
+inline constexpr std::uint32_t NOT_READY = 0x40000;     // a loss: the engine never finished its handshake
 // The bits that decide the points.
 inline constexpr std::uint32_t SCORING_MASK = 0x820B;
 }  // namespace rc
@@ -39,8 +43,8 @@ inline constexpr std::uint32_t SCORING_MASK = 0x820B;
 // "?", "1/2-1/2", "1-0", "0-1", "*" or "", in that order of precedence.
 std::string resultText(std::uint32_t code);
 // The first reason set, in the order undecided, mate, forfeit, resign,
-// adjudication, illegal move, 50 moves, triple repetition, stalemate,
-// insufficient material, engine crashed, game aborted; else "".
+// adjudication by score (draw, resign), adjudication, engine not ready, illegal move, 50 moves, triple repetition,
+// stalemate, insufficient material, engine crashed, game aborted; else "".
 std::string reasonText(std::uint32_t code);
 // The code of a result text ("1-0" -> 0x0006); 0 for any other text.
 std::uint32_t claimCode(std::string_view text);

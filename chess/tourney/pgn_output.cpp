@@ -11,10 +11,13 @@
 namespace kbuChess {
 namespace {
 
+// A quote is doubled (as the games were always written) and a backslash
+// escaped as PGN escapes it, so no value can end its own string.
 std::string tagValue(std::string_view value) {
   std::string text;
   for (char c : value) {
     if (c == '"') text += '"';
+    if (c == '\\') text += '\\';
     text += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
   }
   return text;

@@ -403,6 +403,9 @@ void clsTourney::startGames(int round) {
   GameClock clock;
   clock.gameMs = config_.gameMs;
   clock.incrementMs = config_.incrementMs;
+  clock.maxPlies = config_.maxPlies;
+  clock.commandPauseMs = config_.commandPauseMs;
+  clock.adjudication = config_.adjudication;
   for (std::size_t i = 0; i < pairings_.size(); ++i) {
     if (static_cast<int>(running_.size()) >= config_.gamesAtOnce()) return;
     if (started_[i] || !mayStart(round, i)) continue;

@@ -147,6 +147,29 @@ void readHeaders(const pugi::xml_node& header, TourneyConfig& config, Messages& 
   }
 }
 
+// How games are run: command pause, length cap, adjudication by score.
+void readGameRules(const pugi::xml_node& options, TourneyConfig& config, Messages& messages) {
+  config.commandPauseMs = readNumber(options.child("command_pause_ms").text().get(), 100, 0,
+                                     TourneyConfig::MAX_COMMAND_PAUSE_MS, "command_pause_ms", messages);
+  config.maxPlies =
+      readNumber(options.child("max_plies").text().get(), 0, 0, TourneyConfig::MAX_PLIES, "max_plies", messages);
+  const pugi::xml_node adjudicate = options.child("adjudicate");
+  if (!adjudicate) return;
+  AdjudicationRules& rules = config.adjudication;
+  rules.enabled = true;
+  const auto read = [&](const char* name, int& value) {
+    const bool moves = std::string_view(name).find("score") == std::string_view::npos;
+    value = readNumber(adjudicate.attribute(name).value(), value, moves ? 1 : 0,
+                       moves ? TourneyConfig::MAX_ADJUDICATION_MOVES : TourneyConfig::MAX_ADJUDICATION_SCORE,
+                       std::string("adjudicate ") + name, messages);
+  };
+  read("draw_moves", rules.drawMoves);
+  read("draw_score", rules.drawScore);
+  read("draw_after", rules.drawAfter);
+  read("resign_moves", rules.resignMoves);
+  read("resign_score", rules.resignScore);
+}
+
 }  // namespace
 
 std::string headerTagProblem(std::string_view name, std::string_view value) {
@@ -218,6 +241,7 @@ TourneyConfig readTourneyText(std::string_view xml, std::vector<std::string>& me
   config.threads = readNumber(root.child("options").child("threads").text().get(), 1, 0, TourneyConfig::MAX_THREADS,
                               "threads", messages);
   if (!config.logFolder.empty()) config.logPath = joinPath(config.logFolder, fileNamePart(config.name) + ".log");
+  readGameRules(root.child("options"), config, messages);
   readEngines(root.child("engines"), config, messages);
   readHeaders(root.first_element_by_path("pgn/header"), config, messages);
   return config;

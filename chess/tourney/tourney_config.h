@@ -13,11 +13,19 @@
 //     </engines>
 //     <pgn><header><Site>Home</Site></header></pgn>
 //   </tourney>
+//
+// How games are run, in <options>: <command_pause_ms>0</command_pause_ms>
+// (the pause after every command to an external engine, 0..1000, default
+// 100), <max_plies>N</max_plies> (a game that long is drawn by adjudication),
+// <adjudicate draw_moves="8" draw_score="10" draw_after="40" resign_moves="4"
+// resign_score="800"/> (ending games on the engines' scores; off without it).
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "chess/tourney/score_adjudication.h"
 
 namespace kbuChess {
 
@@ -85,6 +93,14 @@ struct TourneyConfig {
   int shardIndex = 0;
   int shardCount = 1;
   std::string shardProblem;  // a shard that cannot be played: the event does not start
+  // How games are run.
+  static constexpr std::int64_t MAX_COMMAND_PAUSE_MS = 1000;
+  static constexpr std::int64_t MAX_PLIES = 100000;
+  static constexpr std::int64_t MAX_ADJUDICATION_MOVES = 1000;
+  static constexpr std::int64_t MAX_ADJUDICATION_SCORE = 100000;
+  int commandPauseMs = 100;
+  int maxPlies = 0;  // 0: no limit
+  AdjudicationRules adjudication;
 
   // How many games may run at once.
   int gamesAtOnce() const { return threads < 1 ? 1 : threads; }

@@ -26,8 +26,7 @@ void splitReply(const std::string& reply, std::string& word, std::string& rest) 
 
 clsTourneyGame::clsTourneyGame(clsTourneyHost& host, int number, clsPlayer* white, clsPlayer* black,
                                const GameClock& clock)
-    : clsThread("game " + std::to_string(number)), host_(host), number_(number), players_{white, black},
-      clock_(clock) {
+    : clsThread("game " + std::to_string(number)), host_(host), number_(number), players_{white, black}, clock_(clock) {
   board_.output().setEcho(false);
 }
 
@@ -57,10 +56,14 @@ std::vector<std::string> clsTourneyGame::logLines() {
   return log_;
 }
 
+// A player that talks without end fills the log only up to MAX_LOG_LINES.
 void clsTourneyGame::logPlayer(int colour, const std::string& text) {
-  const std::string line = logLine(kobubase::nowMs() - gameStartMs_.load(), SIDE_NAMES[colour & 1], text);
+  const std::int64_t at = kobubase::nowMs() - gameStartMs_.load();
   kobubase::clsLock lock(logLock_);
-  log_.push_back(line);
+  if (log_.size() > MAX_LOG_LINES) return;
+  log_.push_back(log_.size() < MAX_LOG_LINES
+                     ? logLine(at, SIDE_NAMES[colour & 1], text)
+                     : logLine(at, "game " + std::to_string(number_), "log full: further lines left out"));
 }
 
 // A line of the game itself: to its log and to the run's console and log.
@@ -104,8 +107,9 @@ void clsTourneyGame::play() {
   game_.addPosition(repetitionKey(board_.position()));
   if (players_[0] == nullptr || players_[1] == nullptr) return;
   log(matchLine(players_[0]->name(), players_[1]->name()));
+  adjudicator_.reset();
   if (!createAdapters()) {
-    setResult(rc::ABORTED);
+    if (game_.undecided()) setResult(rc::ABORTED);
   } else {
     playOpening();
     side_ = board_.position().side & 1;
@@ -123,10 +127,24 @@ bool clsTourneyGame::createAdapters() {
     adapters_[colour] = makeAdapter(colour);
     if (!adapters_[colour]) return false;
     clocks_[colour] = clock_.gameMs;
-    // A player that never gets ready is not an error here: it will not move
-    // and loses on time; one whose program could not start loses as crashed.
-    adapters_[colour]->Prepare(colour, clock_.gameMs, clock_.incrementMs);
-    if (cancelled_.load()) return false;
+    if (!prepareAdapter(colour) || cancelled_.load()) return false;
+  }
+  return true;
+}
+
+// A player that never gets ready otherwise is not an error here: it will not
+// move and loses on time.
+bool clsTourneyGame::prepareAdapter(int colour) {
+  clsEngineInterface& adapter = *adapters_[colour];
+  if (adapter.Prepare(colour, clock_.gameMs, clock_.incrementMs)) return true;
+  if (const std::string problem = adapter.StartProblem(); !problem.empty()) {
+    log(players_[colour]->name() + ": " + problem);
+    setResult(lossCode(colour, rc::ENGINE_CRASHED));
+    return false;
+  }
+  if (adapter.notReady()) {
+    setResult(lossCode(colour, rc::NOT_READY));
+    return false;
   }
   return true;
 }
@@ -139,7 +157,10 @@ std::unique_ptr<clsEngineInterface> clsTourneyGame::makeAdapter(int colour) {
     return engine;
   }
   const int protocol = player.config().uci() ? clsEngineInterface::PROTOCOL_UCI : clsEngineInterface::PROTOCOL_XBOARD;
-  return std::make_unique<clsExternalEngine>(player.name(), player.filename(), player.parameters(), protocol, this);
+  auto engine =
+      std::make_unique<clsExternalEngine>(player.name(), player.filename(), player.parameters(), protocol, this);
+  engine->setCommandPause(clock_.commandPauseMs);
+  return engine;
 }
 
 // The opening's moves are played on the board and told to both players as
@@ -153,7 +174,7 @@ void clsTourneyGame::playOpening() {
     }
     game_.addMove(san);
     game_.addPosition(repetitionKey(board_.position()));
-    for (int colour = WHITE; colour <= BLACK; ++colour) adapters_[colour]->PlayOpeningMove(move);
+    for (int colour = WHITE; colour <= BLACK; ++colour) adapters_[colour]->PlayOpeningMove(move, san);
   }
 }
 
@@ -176,7 +197,7 @@ void clsTourneyGame::loop() {
         setResult(lossCode(side_, rc::ENGINE_CRASHED));
         break;
       }
-      kobubase::sleepMs(1);
+      if (!mover.HasPendingOutput()) kobubase::sleepMs(1);
       continue;
     }
     logPlayer(side_, reply);
@@ -230,12 +251,16 @@ bool clsTourneyGame::takeMove(const std::string& reply, std::int64_t elapsed) {
     return false;
   }
   if (judgePosition(mover)) return false;
-  adapters_[mover]->PlayMove(move, mover);
+  if (const std::uint32_t end = adjudicator_.afterMove(mover, adapters_[mover]->takeScore(), game_.plies()); end != 0) {
+    setResult(end);
+    return false;
+  }
+  adapters_[mover]->PlayMove(move, mover, san);
   side_ = mover ^ 1;
   moveStartMs_ = kobubase::nowMs();
   adapters_[WHITE]->setClocks(clocks_[WHITE], clocks_[BLACK]);
   adapters_[BLACK]->setClocks(clocks_[BLACK], clocks_[WHITE]);
-  adapters_[side_]->PlayMove(move, mover);
+  adapters_[side_]->PlayMove(move, mover, san);
   return true;
 }
 
@@ -278,7 +303,8 @@ void clsTourneyGame::endAdapters() {
 
 void clsTourneyGame::writeFiles() {
   if (fileBase_.empty()) return;
-  for (const std::string& problem : writeGameFiles(game_, logLines(), fileBase_)) host_.hostLog("game " + std::to_string(number_), problem);
+  for (const std::string& problem : writeGameFiles(game_, logLines(), fileBase_))
+    host_.hostLog("game " + std::to_string(number_), problem);
 }
 
 }  // namespace kbuChess

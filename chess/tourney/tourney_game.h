@@ -17,6 +17,7 @@
 #include "chess/tourney/engine_interface.h"
 #include "chess/tourney/game_record.h"
 #include "chess/tourney/player.h"
+#include "chess/tourney/score_adjudication.h"
 
 namespace kbuChess {
 
@@ -30,6 +31,9 @@ struct GameClock {
   std::int32_t movetimeMs = 0;
   // Plies after which the game is adjudicated a draw; 0: no limit.
   int maxPlies = 0;
+  // The pause after every command to an external engine.
+  int commandPauseMs = 100;
+  AdjudicationRules adjudication;
 };
 
 // What a game reports to the run that owns it.
@@ -44,6 +48,8 @@ class clsTourneyHost {
 
 class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
  public:
+  static constexpr std::size_t MAX_LOG_LINES = 200000;
+
   clsTourneyGame(clsTourneyHost& host, int number, clsPlayer* white, clsPlayer* black, const GameClock& clock);
   ~clsTourneyGame() override;
 
@@ -76,6 +82,9 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
  private:
   void play();
   bool createAdapters();
+  // A player whose program is missing or that never finished its handshake
+  // loses at once; false then.
+  bool prepareAdapter(int colour);
   std::unique_ptr<clsEngineInterface> makeAdapter(int colour);
   void playOpening();
   void loop();
@@ -99,6 +108,7 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   clsGame game_;
   clsBoard board_;
   std::unique_ptr<clsEngineInterface> adapters_[2];
+  clsScoreAdjudicator adjudicator_{clock_.adjudication};
   std::int32_t clocks_[2] = {0, 0};
   int side_ = 0;
   std::int64_t moveStartMs_ = 0;

@@ -194,3 +194,48 @@ TEST(ChildProcessTest, DestroyingLeavesNoProcess) {
 }
 
 }  // namespace
+
+namespace {
+
+// Whether the process is gone within timeoutMs (a zombie of ours is reaped).
+bool vanishes(pid_t pid, int timeoutMs = 5000) {
+  for (const std::int64_t until = nowMs() + timeoutMs; nowMs() < until; sleepMs(5)) {
+    waitpid(pid, nullptr, WNOHANG);
+    if (kill(pid, 0) == -1) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+// A child that writes without end: what waits unread stays bounded, the
+// drop is reported once, and every line kept is whole.
+TEST(ChildProcessTest, FloodIsBoundedAndReportedOnce) {
+  clsQuietChild flood("yes", "");
+  flood.limitOutput(clsRedirectedChild::LINE_LIMIT, clsRedirectedChild::PENDING_LIMIT);
+  flood.start();
+  ASSERT_TRUE(flood.waitStarted());
+  for (const std::int64_t until = nowMs() + 20000; flood.droppedLines() < 1000 && nowMs() < until;) sleepMs(10);
+  ASSERT_GE(flood.droppedLines(), 1000u);
+  flood.close();  // what was kept stays to be taken
+  std::size_t bytes = 0;
+  for (std::string line; flood.hasLine() && bytes <= 4 * clsRedirectedChild::PENDING_LIMIT; bytes += line.size() + 1) {
+    line = flood.takeLine();
+    ASSERT_EQ(line, "y");
+  }
+  EXPECT_LE(bytes, clsRedirectedChild::PENDING_LIMIT + clsRedirectedChild::READ_BUFFER_BYTES + 2);
+  EXPECT_EQ(flood.reports(), Words{"# output comes faster than it is read: lines dropped"});
+}
+
+// A program that is a script leaves no child of its own behind.
+TEST(ChildProcessTest, ClosingEndsTheWholeProcessGroup) {
+  clsQuietChild script("sh", "-c \"sleep 300 & echo $!; wait\"");
+  script.start();
+  const std::string sleeper = nextLine(script);
+  const pid_t pid = static_cast<pid_t>(kobubase::readInteger(sleeper));
+  ASSERT_GT(pid, 0) << sleeper;
+  ASSERT_EQ(kill(pid, 0), 0);
+  EXPECT_EQ(getpgid(pid), script.pid());
+  script.close();
+  EXPECT_TRUE(vanishes(pid));
+}

@@ -53,6 +53,8 @@ TEST(AdapterTest, RepliesAreTranslatedPerProtocol) {
       {XBOARD, "move e2e4", "move e2e4"},
       {XBOARD, "move e7e8q {promotes}", "move e7e8q"},
       {XBOARD, "move", "move "},
+      {XBOARD, "My move is : e7e5", "move e7e5"},  // GNU Chess
+      {XBOARD, "My move is: O-O", "move O-O"},
       {XBOARD, "1/2-1/2 {Draw by repetition}", "result 1/2-1/2"},
       {XBOARD, "1-0 {White mates}", "result 1-0"},
       {XBOARD, "0-1", "result 0-1"},
@@ -103,18 +105,76 @@ TEST(AdapterTest, XboardFeaturesPingAndPong) {
   engine.reply("pong 2 extra");
   EXPECT_TRUE(engine.ready());
 
-  // done=0 holds readiness back until done=1; ping=0 needs no ping.
+  // done=0 holds readiness back until done=1, whatever comes between; each
+  // key changes only what it names, so a ping declared on a line of its own
+  // (answered before done=1 comes) still counts.
   clsScripted slow(XBOARD);
   slow.reply("feature done=0");
   EXPECT_FALSE(slow.ready());
-  slow.reply("feature san=0 ping=0 time=1");
-  EXPECT_TRUE(slow.ready());
-  EXPECT_FALSE(slow.pingSupported());
-  slow.reply("feature done=0");
+  slow.reply("feature san=0 time=1");
+  slow.reply("feature ping=1");
+  EXPECT_EQ(slow.takeSent(), Lines{"ping 1"});
+  slow.reply("pong 1");
+  EXPECT_FALSE(slow.ready());
+  slow.reply("feature usermove=1");
+  EXPECT_TRUE(slow.pingSupported());
   slow.reply("feature done=1");
   EXPECT_TRUE(slow.ready());
   EXPECT_EQ(slow.feature("done") + slow.feature("time") + slow.feature("sigint"), "11");
   EXPECT_EQ(slow.takeSent(), Lines{});
+}
+
+// An engine that finished its features with done=1 gets "level" as the
+// protocol reads it, and its moves as it asked for them (usermove, san).
+TEST(AdapterTest, XboardFeaturesShapeTheCommands) {
+  const struct {
+    const char* features;
+    const char* level;
+    const char* move;
+  } cases[] = {
+      {"feature usermove=1 done=1", "level 0 1:05 2.999", "usermove g1f3"},
+      {"feature san=1 usermove=1 done=1", "level 0 1:05 2.999", "usermove Nf3"},
+      {"feature san=1 done=1", "level 0 1:05 2.999", "Nf3"},
+      {"feature usermove=0 myname=old", "level 0 65 2", "g1f3"},  // no done=1: as engines always were
+  };
+  for (const auto& c : cases) {
+    clsScripted engine(XBOARD);
+    engine.Init();
+    engine.reply(c.features);
+    engine.setClocks(65432, 65432);
+    engine.Prepare(1, 65432, 2999);
+    engine.PlayMove("g1f3", 0, "Nf3");
+    const Lines sent = engine.takeSent();
+    ASSERT_GE(sent.size(), 3u) << c.features;
+    EXPECT_EQ(sent[sent.size() - 4], c.level) << c.features;
+    EXPECT_EQ(sent.back(), c.move) << c.features;
+  }
+}
+
+// Scores come from xboard thinking lines and UCI info lines, from the
+// engine's side, once each.
+TEST(AdapterTest, ScoresFromThinkingLines) {
+  const struct {
+    int protocol;
+    const char* line;
+    int score;  // -1: none
+  } cases[] = {
+      {XBOARD, "12 35 104 20311 e2e4 e7e5", 35},
+      {XBOARD, "7 -240 10 20922 Nc6", -240},
+      {XBOARD, "7 +56 10 20922 Nc6", 56},
+      {XBOARD, "1-0 {mate}", -1},
+      {XBOARD, "-3 56 10 20922 Nc6", -1},
+      {UCI, "info depth 12 score cp -31 pv e2e4", -31},
+      {UCI, "info depth 3 score mate 2 pv a1a8", 99998},
+      {UCI, "info depth 3 score mate -1", -99999},
+      {UCI, "info string score cp 5", -1},
+  };
+  for (const auto& c : cases) {
+    clsScripted engine(c.protocol);
+    engine.reply(c.line);
+    EXPECT_EQ(engine.takeScore().value_or(-1), c.score) << c.line;
+    EXPECT_FALSE(engine.takeScore().has_value()) << c.line;
+  }
 }
 
 // The commands of a game for White, clocks in centiseconds, integer

@@ -30,9 +30,9 @@ bool legalFromTheStart(const std::string& move) {
 }
 
 // One move for White and the exact dialogue in the game's log, then a stop
-// that ends the program. An xboard
-// engine counts as ready right after "protover 2", so its features are read
-// during the game: declaring ping=1 then costs a ping, answered after the move.
+// that ends the program. The features are read before the game starts:
+// ping=1 costs a ping, answered before "new"; done=1 makes "level" read as
+// the protocol defines it (minutes).
 TEST(ExternalEngineTest, XboardGameWithPing) {
   clsRecordingLog log;
   clsExternalEngine engine("fake", FAKE_ENGINE, "xboard ping", XBOARD, &log);
@@ -40,20 +40,16 @@ TEST(ExternalEngineTest, XboardGameWithPing) {
   ASSERT_TRUE(engine.Prepare(0, 60000, 0));
   EXPECT_TRUE(engine.ready());
   EXPECT_TRUE(engine.IsAlive());
-  EXPECT_FALSE(engine.pingSupported());
+  EXPECT_TRUE(engine.pingSupported());
+  EXPECT_EQ(engine.feature("myname"), "fake");
   engine.Go();
   const std::string reply = awaitReply(engine, 5000);
   ASSERT_EQ(reply.rfind("move ", 0), 0u) << reply;
   EXPECT_TRUE(legalFromTheStart(reply.substr(5))) << reply;
-  EXPECT_TRUE(engine.pingSupported());
-  EXPECT_EQ(engine.feature("myname"), "fake");
-  EXPECT_FALSE(engine.ready());
-  EXPECT_EQ(awaitReply(engine, 1000), "<nothing>");  // reads the pong
-  EXPECT_TRUE(engine.ready());
   EXPECT_EQ(log.lines(), (Lines{"0 waiting for 'fake' initialization...", "0 --->\txboard", "0 --->\tprotover 2",
-                                "0 --->\tnew", "0 --->\tpost", "0 --->\tlevel 0 60 0", "0 --->\ttime 6000",
-                                "0 --->\totim 6000", "0 --->\tgo", "0 <---\tfeature myname=\"fake\" ping=1 done=1",
-                                "0 --->\tping 1", "0 <---\t" + reply, "0 <---\tpong 1"}));
+                                "0 <---\tfeature myname=\"fake\" ping=1 done=1", "0 --->\tping 1", "0 <---\tpong 1",
+                                "0 --->\tnew", "0 --->\tpost", "0 --->\tlevel 0 1 0", "0 --->\ttime 6000",
+                                "0 --->\totim 6000", "0 --->\tgo", "0 <---\t" + reply}));
   const pid_t pid = engine.pid();
   engine.Stop();
   EXPECT_TRUE(engine.stopped());
@@ -63,7 +59,7 @@ TEST(ExternalEngineTest, XboardGameWithPing) {
   EXPECT_EQ(kill(pid, 0), -1);
 }
 
-// A garbage line and a 100 KB line are logged as they came and skipped.
+// A garbage line is logged as it came and skipped; a 100 KB line is cut at 64 KB.
 TEST(ExternalEngineTest, GarbageAndLongLinesAreLoggedAndSkipped) {
   clsRecordingLog log;
   clsExternalEngine noisy("noisy", FAKE_ENGINE, "xboard garbage", XBOARD, &log);
@@ -74,7 +70,7 @@ TEST(ExternalEngineTest, GarbageAndLongLinesAreLoggedAndSkipped) {
   const Lines lines = log.lines();
   ASSERT_GE(lines.size(), 3u);
   EXPECT_EQ(lines[lines.size() - 3], "0 <---\t\x01\x7f garbage \xff\xfe line");
-  EXPECT_EQ(lines[lines.size() - 2], "0 <---\t" + std::string(100 * 1024, 'g'));
+  EXPECT_EQ(lines[lines.size() - 2], "0 <---\t" + std::string(64 * 1024, 'g'));
 }
 
 // A program that ignores "quit" is killed; one that never says "uciok" fails
@@ -100,6 +96,7 @@ TEST(ExternalEngineTest, StubbornMuteAndMissingPrograms) {
   EXPECT_FALSE(missing.Prepare(0, 60000, 0));
   EXPECT_TRUE(missing.HasEnded());
   EXPECT_EQ(missing.startError(), "# error 2: No such file or directory");
+  EXPECT_EQ(missing.StartProblem(), "program not found: /nonexistent/engine (No such file or directory)");
 }
 
 // A real UCI engine from the distribution plays a move from the start (the

@@ -5,6 +5,7 @@
 //   fake_engine xboard|uci [option...]
 //     log=FILE      append every line received to FILE
 //     ping          (xboard) declare "feature ping=1 done=1"
+//     slowstart=MS  (xboard) say "feature done=0" first and the rest MS later
 //     noready       (UCI) never send "uciok" nor "readyok"
 //     silent        never move
 //     crash=N       end with exit code 3 when asked for move N+1
@@ -14,12 +15,14 @@
 //     garbage       send a garbage line and a 100 KB line before each move
 //     ignorequit    stay alive after "quit"
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "chess/board/board.h"
@@ -66,6 +69,10 @@ class FakeEngine {
  private:
   void xboardCommand(const std::string& command, std::istringstream& words, const std::string& line) {
     if (command == "protover") {
+      if (!script_.value("slowstart").empty()) {
+        say("feature done=0");
+        std::this_thread::sleep_for(std::chrono::milliseconds(std::atoi(script_.value("slowstart").c_str())));
+      }
       say(std::string("feature myname=\"fake\" ping=") + (script_.has("ping") ? "1" : "0") + " done=1");
     } else if (command == "ping") {
       std::string number;

@@ -117,6 +117,10 @@ TEST(PgnOutputTest, TextOfAGameIsExact) {
   open.setResult(0x8000);
   EXPECT_EQ(pgnText(open),
             "[Event \"line  break \"]\r\n[Result \"*\"]\r\n[Reason \"game aborted\"]\r\n\r\n1. e4 *\r\n\r\n");
+  // A backslash is escaped, a quote doubled: no value ends its own string.
+  clsGame named;
+  named.setTag("White", "Q\"uote\\");
+  EXPECT_EQ(pgnText(named), "[White \"Q\"\"uote\\\\\"]\r\n\r\n*\r\n\r\n");
   clsGame empty;
   empty.setResult(0x0600);
   EXPECT_EQ(pgnText(empty), "[Result \"1/2-1/2\"]\r\n[Reason \"50 moves\"]\r\n\r\n1/2-1/2\r\n\r\n");

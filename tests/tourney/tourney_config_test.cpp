@@ -140,6 +140,26 @@ TEST(TourneyConfigTest, OpeningOrderSeedAndSprtAreReadAndBadOnesNamed) {
   }
 }
 
+// How games are run: the command pause, the length cap and adjudication,
+// each held within its bounds; no adjudication without its element.
+TEST(TourneyConfigTest, GameRulesFromTheOptions) {
+  const Read plain = read("<tourney/>");
+  EXPECT_EQ(plain.config.commandPauseMs, 100);
+  EXPECT_EQ(plain.config.maxPlies, 0);
+  EXPECT_FALSE(plain.config.adjudication.enabled);
+  const Read r = read(R"(<tourney><options><command_pause_ms>5000</command_pause_ms><max_plies>80</max_plies>
+      <adjudicate draw_moves="6" draw_score="-4" resign_moves="0" resign_score="600"/></options></tourney>)");
+  const AdjudicationRules& a = r.config.adjudication;
+  EXPECT_EQ(r.config.commandPauseMs, 1000);
+  EXPECT_EQ(r.config.maxPlies, 80);
+  EXPECT_TRUE(a.enabled);
+  EXPECT_EQ(std::vector<int>({a.drawMoves, a.drawScore, a.drawAfter, a.resignMoves, a.resignScore}),
+            std::vector<int>({6, 0, 40, 1, 600}));
+  EXPECT_EQ(r.messages, (Lines{"# tourney file: command_pause_ms 5000 is out of range, 1000 used",
+                               "# tourney file: adjudicate draw_score -4 is out of range, 0 used",
+                               "# tourney file: adjudicate resign_moves 0 is out of range, 1 used"}));
+}
+
 TEST(TourneyConfigTest, UnusableFilesLeaveNoPlayers) {
   const struct {
     const char *xml, *message;

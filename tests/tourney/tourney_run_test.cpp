@@ -145,6 +145,65 @@ TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
   EXPECT_TRUE(fs::exists(folder.file("faults-1-3.log")));
 }
 
+// A program that does not exist loses at once, naming the path; one that
+// floods its output (yes) loses on time without the flood's cost; one that
+// asks for time to start (done=0, then done=1 2.5 s later) gets it and plays.
+// The missing one's name ends in a backslash: its PGN still reads cleanly.
+TEST(TourneyRun, MissingFloodingAndSlowStartingEngines) {
+  const TempFolder folder("hostile");
+  const std::string ini = writeTourney(folder, "hostile", "<clock game_ms=\"3000\" increment_ms=\"100\"/>", 3,
+                                       {engineElement("Self", "embedded", "", "Simple5"),
+                                        engineElement("Missing\\", "xboard", "/nonexistent/engine", ""),
+                                        engineElement("Flood", "xboard", "/usr/bin/yes", ""),
+                                        engineElement("Slow", "xboard", FAKE_ENGINE, "xboard slowstart=2500")},
+                                       "<command_pause_ms>0</command_pause_ms>");
+  const Lines lines = runTourney(ini, 180000);
+  EXPECT_TRUE(anyHolds(lines, "Missing\\: program not found: /nonexistent/engine (No such file or directory)"));
+  EXPECT_TRUE(anyHolds(lines, "# output comes faster than it is read: lines dropped"));
+  std::map<std::string, std::string> results = readResults(folder.file("hostile-1-results.tsv"));
+  for (const char* pair : {"Self-Slow", "Slow-Self"}) {
+    EXPECT_EQ(results[pair].find("forfeit"), std::string::npos) << pair << ": " << results[pair];
+    EXPECT_EQ(results[pair].find("not ready"), std::string::npos) << pair << ": " << results[pair];
+    results.erase(pair);
+  }
+  const std::map<std::string, std::string> expected = {
+      {"Self-Missing\\", "1-0 engine crashed"},
+      {"Missing\\-Self", "0-1 engine crashed"},
+      {"Self-Flood", "1-0 forfeit"},
+      {"Flood-Self", "0-1 forfeit"},
+  };
+  EXPECT_EQ(results, expected);
+  for (int game : {1, 2}) {
+    const std::string pgn = folder.file("hostile-1-" + std::to_string(game) + ".pgn");
+    const std::string report = folder.file("report.txt");
+    EXPECT_EQ(std::system((PGN_EXTRACT + " -s -r " + pgn + " > " + report + " 2>&1").c_str()), 0);
+    EXPECT_EQ(tourney_test::readText(report), "") << pgn;
+  }
+}
+
+// Scores reach the adjudication from UCI info lines and the embedded search:
+// a game between them is drawn on its fourth ply; the xboard fake prints no
+// scores and is never adjudicated (its games end otherwise, at the latest on
+// the length cap).
+TEST(TourneyRun, ScoresAdjudicateOnlyEnginesThatPrintThem) {
+  const TempFolder folder("adjudicate");
+  const std::string ini =
+      writeTourney(folder, "adjudicate", "<clock game_ms=\"5000\" increment_ms=\"100\"/>", 2,
+                   {engineElement("Self", "embedded", "", "Simple5"), engineElement("Uci", "uci", FAKE_ENGINE, "uci"),
+                    engineElement("Mute", "xboard", FAKE_ENGINE, "xboard")},
+                   "<command_pause_ms>0</command_pause_ms><max_plies>30</max_plies>"
+                   "<adjudicate draw_moves=\"2\" draw_score=\"100000\" draw_after=\"2\"/>");
+  runTourney(ini, 180000);
+  const std::map<std::string, std::string> results = readResults(folder.file("adjudicate-1-results.tsv"));
+  ASSERT_EQ(results.size(), 4u);
+  EXPECT_EQ(results.at("Self-Uci"), "1/2-1/2 adjudication: draw");
+  EXPECT_EQ(results.at("Uci-Self"), "1/2-1/2 adjudication: draw");
+  for (const char* pair : {"Self-Mute", "Mute-Self"})
+    EXPECT_EQ(results.at(pair).find("adjudication: "), std::string::npos) << results.at(pair);
+  EXPECT_NE(tourney_test::readText(folder.file("adjudicate-1-1.pgn")).find("[Reason \"adjudication: draw\"]"),
+            std::string::npos);
+}
+
 // Both games start from one random opening of three plies, so fairymax takes
 // it in force mode once as White and once as Black.
 TEST(TourneyRun, GamesAgainstFairymaxEndByTheRulesAndTheirPgnReadsCleanly) {

@@ -39,6 +39,12 @@ std::string errorLine(int errorNumber) {
   return "# error " + std::to_string(errorNumber) + ": " + std::strerror(errorNumber);
 }
 
+std::string trimmed(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t\r");
+  if (first == std::string_view::npos) return "";
+  return std::string(text.substr(first, text.find_last_not_of(" \t\r") + 1 - first));
+}
+
 std::vector<std::string> splitArguments(std::string_view text) {
   std::vector<std::string> words;
   std::string word;

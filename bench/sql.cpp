@@ -49,7 +49,7 @@ int main(int argc, char** argv) {
   clsEngine engine;
   engine.output().setEcho(false);
   const kobubase::clsOptions options;
-  clsConsole console(engine, book, options);
+  clsConsole console(engine, engine, book, options);
   std::printf("book_all: %zu rows\n", book.count());
   std::vector<double> changed, again, queryOnly;
   for (int run = 0; run < runs; ++run) {

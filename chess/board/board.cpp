@@ -9,6 +9,8 @@ clsBoard::clsBoard() {
   readFEN(START_FEN);
 }
 
+// The subtraction and the extra XOR of the occupancy are kept deliberately:
+// table entries and the marks of played positions are made with this formula.
 u64 clsBoard::positionKey() const {
   return (pos_.epSquare - pos_.unmoved) ^ sideKeys[pos_.side & 1] ^ pos_.pieceKey ^ pos_.occupied;
 }
@@ -22,6 +24,13 @@ u64 clsBoard::computePieceKey() const {
         key ^= pieceSquareKey(squareIndex(pieces), type, colour);
   }
   return key;
+}
+
+void clsBoard::setGamePosition(const GamePosition& game) {
+  pos_ = game.position;
+  halfMoveClock_ = game.halfMoveClock;
+  fullMoveNumber_ = game.fullMoveNumber;
+  resetFrames();
 }
 
 void clsBoard::resetFrames() {

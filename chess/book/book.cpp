@@ -68,24 +68,11 @@ void clsBook::insertAt(std::size_t index, const BookRecord& record) {
   records_.insert(records_.begin() + static_cast<std::ptrdiff_t>(std::min(index, records_.size())), record);
 }
 
-std::size_t clsBook::findPlace(u64 key) const {
-  std::size_t low = 0, high = records_.size();
-  while (high - low >= LINEAR_SCAN_BELOW) {
-    const std::size_t middle = low + (high - low) / 2;
-    if (clsBookEntry::keyGreater(key, records_[middle].key)) {
-      low = middle + 1;
-    } else {
-      high = middle;
-    }
-  }
-  while (low < high && clsBookEntry::keyGreater(key, records_[low].key)) ++low;
-  return low;
-}
-
 void clsBook::add(const BookRecord& record) {
-  const std::size_t place = findPlace(record.key);
-  if (place < records_.size() && records_[place].key == record.key) {
-    addCounts(records_[place], record);
+  const auto found = std::lower_bound(records_.begin(), records_.end(), record, keyLess);
+  const auto place = static_cast<std::size_t>(found - records_.begin());
+  if (found != records_.end() && found->key == record.key) {
+    addCounts(*found, record);
   } else {
     insertAt(place, record);
   }

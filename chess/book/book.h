@@ -21,8 +21,6 @@ class clsBook : public clsBookProbe {
  public:
   // Below this share of the summed weights a candidate is never played.
   static constexpr double MIN_WEIGHT_SHARE = 0.02;
-  // Ranges at least this long are halved by the place finder; shorter ones are scanned.
-  static constexpr std::size_t LINEAR_SCAN_BELOW = 9;
 
   clsBook() = default;
 
@@ -39,8 +37,6 @@ class clsBook : public clsBookProbe {
   void append(const BookRecord& record);
   // Puts the record at index, moving the later ones up.
   void insertAt(std::size_t index, const BookRecord& record);
-  // Index of the first entry whose key is not below key (count() when none).
-  std::size_t findPlace(u64 key) const;
   // Adds the counts to the entry of the same key, or inserts a new entry at its place.
   void add(const BookRecord& record);
   // The entry of this key, or null.

@@ -41,6 +41,7 @@ int buildBooksUsage(kobubase::clsOutBuffer& out) {
 }
 
 int cvBooksUsage(kobubase::clsOutBuffer& out) {
+  // These usage lines are the command's historical ones, kept as they stand.
   return usage(out, {"# filterbooks books_path filter_options", "# sort .sbk book files into new_book.sb2 file",
                      "# filter options will be available in the future"});
 }
@@ -98,7 +99,7 @@ void reportUnreadable(const std::string& path, kobubase::clsOutBuffer& out) {
 }  // namespace
 
 int commandLoadBook(clsBook& book, const std::string& args, kobubase::clsOutBuffer& out) {
-  const std::vector<std::string> words = splitArguments(args);
+  const std::vector<std::string> words = kobubase::splitArguments(args);
   const std::optional<int> limit = limitArgument(words, 1);
   if (words.empty() || !limit) return loadBookUsage(out);
   out.print("# wait...\r", false);
@@ -112,7 +113,7 @@ int commandLoadBook(clsBook& book, const std::string& args, kobubase::clsOutBuff
 }
 
 int commandSaveBook(clsBook& book, const std::string& args, kobubase::clsOutBuffer& out) {
-  const std::vector<std::string> words = splitArguments(args);
+  const std::vector<std::string> words = kobubase::splitArguments(args);
   const std::optional<int> limit = limitArgument(words, 1);
   if (words.empty() || !limit) return saveBookUsage(out);
   out.print("# wait...\r", false);
@@ -127,7 +128,7 @@ int commandSaveBook(clsBook& book, const std::string& args, kobubase::clsOutBuff
 // A book that does not load whole is reported, what it held is still merged,
 // and the run ends with the error line instead of "# done".
 int commandMergeBooks(const std::string& args, kobubase::clsOutBuffer& out) {
-  const std::vector<std::string> words = splitArguments(args);
+  const std::vector<std::string> words = kobubase::splitArguments(args);
   const std::optional<int> limit = limitArgument(words, 2);
   if (words.size() < 2 || !limit) return mergeBooksUsage(out);
   const std::string& target = words[1];
@@ -161,7 +162,7 @@ int commandMergeBooks(const std::string& args, kobubase::clsOutBuffer& out) {
 }
 
 int commandBuildBooks(const std::string& args, kobubase::clsOutBuffer& out) {
-  const std::optional<BuildRequest> request = parseBuildRequest(splitArguments(args));
+  const std::optional<BuildRequest> request = parseBuildRequest(kobubase::splitArguments(args));
   if (!request) return buildBooksUsage(out);
   const std::vector<std::string> files = filesWithExtension(request->source, ".pgn");
   if (files.empty()) {
@@ -186,7 +187,7 @@ int commandBuildBooks(const std::string& args, kobubase::clsOutBuffer& out) {
 // Each book is written again in key order as ".sb2", then written as ".sb3"
 // and read back to check that the copy holds the same positions.
 int commandCvBooks(const std::string& args, kobubase::clsOutBuffer& out) {
-  const std::vector<std::string> words = splitArguments(args);
+  const std::vector<std::string> words = kobubase::splitArguments(args);
   if (words.empty()) return cvBooksUsage(out);
   const std::vector<std::string> files = filesWithExtension(words[0], ".sbk");
   if (files.empty()) out.print("# no .sbk files in " + words[0]);

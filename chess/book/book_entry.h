@@ -23,6 +23,8 @@ struct BookRecord {
 inline std::uint64_t bookGames(std::uint32_t w, std::uint32_t l, std::uint32_t d) {
   return std::uint64_t{w} + l + d;
 }
+// "played" is half the games, kept deliberately: the limits of existing books
+// and of the commands that save and load them are counted in it.
 inline std::uint64_t bookPlayed(std::uint32_t w, std::uint32_t l, std::uint32_t d) { return bookGames(w, l, d) / 2; }
 inline std::int32_t bookScore(std::uint32_t w, std::uint32_t l, std::uint32_t d) {
   const std::uint64_t games = bookGames(w, l, d);

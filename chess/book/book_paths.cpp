@@ -22,27 +22,6 @@ std::string withoutTrailingSeparators(std::string path) {
 
 }  // namespace
 
-std::vector<std::string> splitArguments(const std::string& text) {
-  std::vector<std::string> words;
-  std::size_t i = 0;
-  while (i < text.size()) {
-    if (std::isspace(static_cast<unsigned char>(text[i]))) {
-      ++i;
-      continue;
-    }
-    std::string word;
-    if (text[i] == '"') {
-      const std::size_t close = text.find('"', i + 1);
-      word = text.substr(i + 1, close == std::string::npos ? std::string::npos : close - i - 1);
-      i = close == std::string::npos ? text.size() : close + 1;
-    } else {
-      while (i < text.size() && !std::isspace(static_cast<unsigned char>(text[i]))) word += text[i++];
-    }
-    words.push_back(word);
-  }
-  return words;
-}
-
 std::optional<int> wholeNumber(const std::string& word) {
   const std::size_t digits = !word.empty() && (word[0] == '-' || word[0] == '+') ? 1 : 0;
   if (word.size() <= digits || word.find_first_not_of("0123456789", digits) != std::string::npos) return std::nullopt;

@@ -1,15 +1,13 @@
 #pragma once
-// Arguments and file names of the book commands: words split at blanks with
-// double quotes around words that hold blanks, whole numbers, and the files of
-// a folder that carry one extension.
+// Arguments and file names of the book commands: whole numbers, and the files
+// of a folder that carry one extension. Their words are split by
+// kobubase::splitArguments, as every command's are.
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace kbuChess {
 
-// Splits at blanks; "a b" in double quotes is one word without its quotes.
-std::vector<std::string> splitArguments(const std::string& text);
 // Limits, ply counts and types of the book commands are held within
 // +-MAX_BOOK_NUMBER, a billion: more than any book's game count.
 inline constexpr int MAX_BOOK_NUMBER = 1000000000;

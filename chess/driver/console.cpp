@@ -10,6 +10,7 @@ namespace kbuChess {
 
 using kobubase::clsArgs;
 using kobubase::Value;
+using kobubase::trimmed;
 
 namespace {
 
@@ -17,12 +18,6 @@ std::string joinLines(const std::vector<std::string>& lines) {
   std::string text;
   for (const std::string& line : lines) text += (text.empty() ? "" : "\n") + line;
   return text;
-}
-
-std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
 }
 
 // Removes one pair of surrounding double quotes, so paths may hold blanks.
@@ -46,10 +41,11 @@ std::size_t findAs(const std::string& text) {
 
 }  // namespace
 
-clsConsole::clsConsole(clsEngine& engine, clsBook& book, const kobubase::clsOptions& commandLine)
+clsConsole::clsConsole(clsEngine& engine, const clsBoard& position, clsBook& book,
+                       const kobubase::clsOptions& commandLine)
     : engine_(engine), book_(book), commandLine_(commandLine) {
   kobubase::addGenericFunctions(interpreter_);
-  addChessFunctions(interpreter_, engine_);
+  addChessFunctions(interpreter_, position);
   addTableFunctions();
   addBookAll();
   database_.setReadOnlyTables({"souls", "book", "book_all", "options", "games"});

@@ -28,12 +28,14 @@
 
 namespace kbuChess {
 
+class clsBoard;
 class clsBook;
 class clsEngine;
 
 class clsConsole {
  public:
-  clsConsole(clsEngine& engine, clsBook& book, const kobubase::clsOptions& commandLine);
+  // position: the board the chess functions read; its owner keeps it current.
+  clsConsole(clsEngine& engine, const clsBoard& position, clsBook& book, const kobubase::clsOptions& commandLine);
 
   // The sample commands shown on entering.
   static std::vector<std::string> welcomeLines();
@@ -71,6 +73,6 @@ class clsConsole {
 
 // Registers knight, king, pawn, bishop, rook, queen, between, line, fen and
 // the position's masks (us, them, white, black, pawns .. kings, occupied).
-void addChessFunctions(kobubase::clsInterpreter& interpreter, clsEngine& engine);
+void addChessFunctions(kobubase::clsInterpreter& interpreter, const clsBoard& position);
 
 }  // namespace kbuChess

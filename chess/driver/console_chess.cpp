@@ -1,8 +1,8 @@
 // The console's chess functions: attack sets from the board's tables, the
-// squares between and through two squares, and the engine's position.
+// squares between and through two squares, and the game's position.
 #include "chess/board/tables.h"
 #include "chess/driver/console.h"
-#include "chess/engine/engine.h"
+#include "chess/board/board.h"
 
 namespace kbuChess {
 
@@ -36,26 +36,26 @@ int directionBetween(int a, int b) {
   return 0;
 }
 
-// The occupied mask: the optional argument, else the engine's position.
-u64 occupiedArg(const clsArgs& a, std::size_t i, const clsEngine& engine) {
-  return a.size() > i ? a.integer(i) : engine.position().occupied;
+// The occupied mask: the optional argument, else the game's position.
+u64 occupiedArg(const clsArgs& a, std::size_t i, const clsBoard& board) {
+  return a.size() > i ? a.integer(i) : board.position().occupied;
 }
 
-void addAttackFunctions(kobubase::clsInterpreter& in, clsEngine& engine) {
+void addAttackFunctions(kobubase::clsInterpreter& in, const clsBoard& board) {
   in.addFunction("knight", 1, 1, "knight(sq)",
                  [](const clsArgs& a) { return Value::integer(tables.knightAttacks[a.square(0)]); });
   in.addFunction("king", 1, 1, "king(sq)",
                  [](const clsArgs& a) { return Value::integer(tables.kingAttacks[a.square(0)]); });
   in.addFunction("pawn", 2, 2, "pawn(sq, 0 white|1 black)",
                  [](const clsArgs& a) { return Value::integer(tables.pawnAttacks[a.below(1, 2)][a.square(0)]); });
-  in.addFunction("bishop", 1, 2, "bishop(sq[, occupied])", [&engine](const clsArgs& a) {
-    return Value::integer(sliderTargets(a.square(0), occupiedArg(a, 1, engine), 5, 8));
+  in.addFunction("bishop", 1, 2, "bishop(sq[, occupied])", [&board](const clsArgs& a) {
+    return Value::integer(sliderTargets(a.square(0), occupiedArg(a, 1, board), 5, 8));
   });
-  in.addFunction("rook", 1, 2, "rook(sq[, occupied])", [&engine](const clsArgs& a) {
-    return Value::integer(sliderTargets(a.square(0), occupiedArg(a, 1, engine), 1, 4));
+  in.addFunction("rook", 1, 2, "rook(sq[, occupied])", [&board](const clsArgs& a) {
+    return Value::integer(sliderTargets(a.square(0), occupiedArg(a, 1, board), 1, 4));
   });
-  in.addFunction("queen", 1, 2, "queen(sq[, occupied])", [&engine](const clsArgs& a) {
-    return Value::integer(sliderTargets(a.square(0), occupiedArg(a, 1, engine), 1, 8));
+  in.addFunction("queen", 1, 2, "queen(sq[, occupied])", [&board](const clsArgs& a) {
+    return Value::integer(sliderTargets(a.square(0), occupiedArg(a, 1, board), 1, 8));
   });
   in.addFunction("between", 2, 2, "between(a, b)", [](const clsArgs& a) {
     const int from = a.square(0), to = a.square(1), d = directionBetween(from, to);
@@ -69,9 +69,9 @@ void addAttackFunctions(kobubase::clsInterpreter& in, clsEngine& engine) {
 
 }  // namespace
 
-void addChessFunctions(kobubase::clsInterpreter& in, clsEngine& engine) {
-  addAttackFunctions(in, engine);
-  in.addFunction("fen", 0, 0, "fen()", [&engine](const clsArgs&) { return Value::string(engine.fen()); });
+void addChessFunctions(kobubase::clsInterpreter& in, const clsBoard& board) {
+  addAttackFunctions(in, board);
+  in.addFunction("fen", 0, 0, "fen()", [&board](const clsArgs&) { return Value::string(board.fen()); });
   static const struct {
     const char* name;
     int index;
@@ -79,11 +79,11 @@ void addChessFunctions(kobubase::clsInterpreter& in, clsEngine& engine) {
                {"bishops", BISHOP}, {"rooks", ROOK}, {"queens", QUEEN}, {"kings", KING}};
   for (const auto& mask : MASKS) {
     in.addNamedValue(mask.name, mask.name,
-                     [&engine, index = mask.index] { return Value::integer(engine.position().masks[index]); });
+                     [&board, index = mask.index] { return Value::integer(board.position().masks[index]); });
   }
-  in.addNamedValue("occupied", "occupied", [&engine] { return Value::integer(engine.position().occupied); });
-  in.addNamedValue("white", "white", [&engine] { return Value::integer(engine.position().colour(WHITE)); });
-  in.addNamedValue("black", "black", [&engine] { return Value::integer(engine.position().colour(BLACK)); });
+  in.addNamedValue("occupied", "occupied", [&board] { return Value::integer(board.position().occupied); });
+  in.addNamedValue("white", "white", [&board] { return Value::integer(board.position().colour(WHITE)); });
+  in.addNamedValue("black", "black", [&board] { return Value::integer(board.position().colour(BLACK)); });
 }
 
 }  // namespace kbuChess

@@ -10,18 +10,13 @@
 
 namespace kbuChess {
 
-namespace {
+using kobubase::trimmed;
 
-std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(" \t\r");
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(" \t\r") + 1 - first);
-}
-
-}  // namespace
-
+// The chess functions read the game's position from the view board, brought
+// up to date before every console line.
 clsConsole& clsTalvena::console() {
-  if (!console_) console_ = std::make_unique<clsConsole>(engine_, book_, options_);
+  if (!console_) console_ = std::make_unique<clsConsole>(engine_, view_, book_, options_);
+  positionView();
   return *console_;
 }
 
@@ -30,7 +25,6 @@ void clsTalvena::printComments(const std::vector<std::string>& lines) {
 }
 
 int clsTalvena::cmdConsole(const std::string&) {
-  haltSearch();
   console();
   consoleMode_ = true;
   printComments(clsConsole::welcomeLines());
@@ -55,13 +49,11 @@ int clsTalvena::consoleLine(const std::string& line) {
 }
 
 int clsTalvena::cmdSql(const std::string& rest) {
-  haltSearch();
   printComments(console().sqlCommand(rest));
   return CMD_PRINTED;
 }
 
 int clsTalvena::cmdOdbc(const std::string& rest) {
-  haltSearch();
   printComments(console().odbcCommand(rest));
   return CMD_PRINTED;
 }

@@ -17,97 +17,95 @@ constexpr std::int64_t MAX_CORES = 1024;
 
 // Exact, case-sensitive words, tried in this order after "usermove" and bare moves.
 const clsTalvena::Command clsTalvena::COMMANDS[] = {
-    {"xboard", &clsTalvena::cmdXboard},
-    {"?", &clsTalvena::cmdStop},
-    {"protover", &clsTalvena::cmdProtover},
-    {"ping", &clsTalvena::cmdPing},
-    {"variant", &clsTalvena::cmdIgnored},
-    {"new", &clsTalvena::cmdNew},
-    {"quit", &clsTalvena::cmdQuit},
-    {"force", &clsTalvena::cmdForce},
-    {"go", &clsTalvena::cmdGo},
-    {"white", &clsTalvena::cmdWhite},
-    {"black", &clsTalvena::cmdBlack},
-    {"level", &clsTalvena::cmdLevel},
-    {"sd", &clsTalvena::cmdDepth},
-    {"time", &clsTalvena::cmdTime},
-    {"otim", &clsTalvena::cmdOtim},
-    {"draw", &clsTalvena::cmdIgnored},
-    {"result", &clsTalvena::cmdResult},
-    {"setboard", &clsTalvena::cmdSetboard},
-    {"edit", &clsTalvena::cmdIgnored},
-    {"hint", &clsTalvena::cmdIgnored},
-    {"ics", &clsTalvena::cmdIcs},
-    {"bk", &clsTalvena::cmdBk},
-    {"undo", &clsTalvena::cmdUndo},
-    {"remove", &clsTalvena::cmdIgnored},
-    {"easy", &clsTalvena::cmdEasy},
-    {"hard", &clsTalvena::cmdHard},
-    {"post", &clsTalvena::cmdPost},
-    {"nopost", &clsTalvena::cmdNopost},
-    {"analyze", &clsTalvena::cmdIgnored},
-    {"name", &clsTalvena::cmdName},
-    {"rating", &clsTalvena::cmdRating},
-    {"computer", &clsTalvena::cmdComputer},
-    {"memory", &clsTalvena::cmdMemory},
-    {"option", &clsTalvena::cmdOption},
-    {"cores", &clsTalvena::cmdCores},
-    {"perft", &clsTalvena::cmdPerft},
-    {"divide", &clsTalvena::cmdDivide},
+    {"xboard", &clsTalvena::cmdXboard, SearchRule::BESIDE},
+    {"?", &clsTalvena::cmdStop, SearchRule::BESIDE},
+    {"protover", &clsTalvena::cmdProtover, SearchRule::BESIDE},
+    {"ping", &clsTalvena::cmdPing, SearchRule::BESIDE},
+    {"variant", &clsTalvena::cmdIgnored, SearchRule::BESIDE},
+    {"new", &clsTalvena::cmdNew, SearchRule::ENDS},
+    {"quit", &clsTalvena::cmdQuit, SearchRule::ENDS},
+    {"force", &clsTalvena::cmdForce, SearchRule::ENDS},
+    {"go", &clsTalvena::cmdGo, SearchRule::ENDS},
+    {"white", &clsTalvena::cmdWhite, SearchRule::ENDS},
+    {"black", &clsTalvena::cmdBlack, SearchRule::ENDS},
+    {"level", &clsTalvena::cmdLevel, SearchRule::BESIDE},
+    {"sd", &clsTalvena::cmdDepth, SearchRule::BESIDE},
+    {"time", &clsTalvena::cmdTime, SearchRule::BESIDE},
+    {"otim", &clsTalvena::cmdOtim, SearchRule::BESIDE},
+    {"draw", &clsTalvena::cmdIgnored, SearchRule::BESIDE},
+    {"result", &clsTalvena::cmdResult, SearchRule::ENDS},
+    {"setboard", &clsTalvena::cmdSetboard, SearchRule::ENDS},
+    {"edit", &clsTalvena::cmdIgnored, SearchRule::BESIDE},
+    {"hint", &clsTalvena::cmdIgnored, SearchRule::BESIDE},
+    {"ics", &clsTalvena::cmdIcs, SearchRule::BESIDE},
+    {"bk", &clsTalvena::cmdBk, SearchRule::BESIDE},
+    {"undo", &clsTalvena::cmdUndo, SearchRule::ENDS},
+    {"remove", &clsTalvena::cmdIgnored, SearchRule::BESIDE},
+    {"easy", &clsTalvena::cmdEasy, SearchRule::BESIDE},
+    {"hard", &clsTalvena::cmdHard, SearchRule::BESIDE},
+    {"post", &clsTalvena::cmdPost, SearchRule::BESIDE},
+    {"nopost", &clsTalvena::cmdNopost, SearchRule::BESIDE},
+    {"analyze", &clsTalvena::cmdIgnored, SearchRule::BESIDE},
+    {"name", &clsTalvena::cmdName, SearchRule::BESIDE},
+    {"rating", &clsTalvena::cmdRating, SearchRule::BESIDE},
+    {"computer", &clsTalvena::cmdComputer, SearchRule::BESIDE},
+    {"memory", &clsTalvena::cmdMemory, SearchRule::BESIDE},
+    {"option", &clsTalvena::cmdOption, SearchRule::BESIDE},
+    {"cores", &clsTalvena::cmdCores, SearchRule::BESIDE},
+    {"perft", &clsTalvena::cmdPerft, SearchRule::FINISHES},
+    {"divide", &clsTalvena::cmdDivide, SearchRule::FINISHES},
     // Maintenance commands (maintenance.cpp, epd_test.cpp).
-    {"\\", &clsTalvena::cmdDebugBoard},
-    {"\\dbg", &clsTalvena::cmdDbg},
-    {"\\loadsoul", &clsTalvena::cmdLoadSoul},
-    {"\\epd", &clsTalvena::cmdEpd},
-    {"\\moves", &clsTalvena::cmdMoves},
-    {"\\tourney", &clsTalvena::cmdTourney},
-    {"\\soul", &clsTalvena::cmdSoul},
-    {"\\testsouls", &clsTalvena::cmdNothing},
-    {"\\learnt", &clsTalvena::cmdLearnt},
-    {"\\learn", &clsTalvena::cmdLearn},
-    {"\\mergebooks", &clsTalvena::cmdMergeBooks},
-    {"\\cvbooks", &clsTalvena::cmdCvBooks},
-    {"\\play", &clsTalvena::cmdPlay},
-    {"\\console", &clsTalvena::cmdConsole},
-    {"\\buildbooks", &clsTalvena::cmdBuildBooks},
-    {"\\loadbook", &clsTalvena::cmdLoadBook},
-    {"\\savebook", &clsTalvena::cmdSaveBook},
-    {"\\listbook", &clsTalvena::cmdListBook},
-    {"\\sql", &clsTalvena::cmdSql},
-    {"\\odbc", &clsTalvena::cmdOdbc},
+    {"\\", &clsTalvena::cmdDebugBoard, SearchRule::BESIDE},
+    {"\\dbg", &clsTalvena::cmdDbg, SearchRule::BESIDE},
+    {"\\loadsoul", &clsTalvena::cmdLoadSoul, SearchRule::FINISHES},
+    {"\\epd", &clsTalvena::cmdEpd, SearchRule::ENDS},
+    {"\\moves", &clsTalvena::cmdMoves, SearchRule::BESIDE},
+    {"\\tourney", &clsTalvena::cmdTourney, SearchRule::FINISHES},
+    {"\\soul", &clsTalvena::cmdSoul, SearchRule::BESIDE},
+    {"\\testsouls", &clsTalvena::cmdNothing, SearchRule::BESIDE},  // a reserved name, kept deliberately
+    {"\\learnt", &clsTalvena::cmdLearnt, SearchRule::FINISHES},
+    {"\\learn", &clsTalvena::cmdLearn, SearchRule::FINISHES},
+    {"\\mergebooks", &clsTalvena::cmdMergeBooks, SearchRule::FINISHES},
+    {"\\cvbooks", &clsTalvena::cmdCvBooks, SearchRule::FINISHES},
+    {"\\play", &clsTalvena::cmdPlay, SearchRule::FINISHES},
+    {"\\console", &clsTalvena::cmdConsole, SearchRule::FINISHES},
+    {"\\buildbooks", &clsTalvena::cmdBuildBooks, SearchRule::FINISHES},
+    {"\\loadbook", &clsTalvena::cmdLoadBook, SearchRule::FINISHES},
+    {"\\savebook", &clsTalvena::cmdSaveBook, SearchRule::FINISHES},
+    {"\\listbook", &clsTalvena::cmdListBook, SearchRule::BESIDE},
+    {"\\sql", &clsTalvena::cmdSql, SearchRule::FINISHES},
+    {"\\odbc", &clsTalvena::cmdOdbc, SearchRule::FINISHES},
 };
 
 int clsTalvena::dispatch(const std::string& word, const std::string& rest) {
   if (word == "usermove") return userMove(word, rest);
   if (word.size() > 1 && word[1] >= '1' && word[1] <= '8') return userMove(word, word);
   for (const Command& command : COMMANDS) {
-    if (word == command.word) return (this->*command.handler)(rest);
+    if (word != command.word) continue;
+    if (command.rule == SearchRule::ENDS) abandonSearch();
+    if (command.rule == SearchRule::FINISHES) finishSearch();
+    return (this->*command.handler)(rest);
   }
   print("Error (unknown command): " + word);
   return CMD_IGNORED;
 }
 
+// Read on a copy of the game's position: an illegal move leaves a running search alone.
 int clsTalvena::userMove(const std::string& word, const std::string& moveText) {
-  // Tried on a copy first: an illegal move leaves a running search alone.
-  const std::string move(wordAt(moveText, 0));
-  if (move.size() < 4 || !positionView().readCoordinateMove(move)) {
+  const std::string_view text = wordAt(moveText, 0);
+  const Move* found = text.size() < 4 ? nullptr : positionView().findCoordinateMove(text);
+  if (found == nullptr) {
+    // Names the command word ("usermove"), not the move: kept deliberately, GUIs match this reply.
     print("Illegal move: " + word);
     return CMD_ILLEGAL_MOVE;
   }
-  haltSearch();
-  const std::string previous = engine_.fen();
-  if (!engine_.readCoordinateMove(move)) {
-    print("Illegal move: " + word);
-    return CMD_ILLEGAL_MOVE;
-  }
-  state_.undoStack.push_back(previous);
+  const Move move = *found;
+  abandonSearch();
+  playOnGame(move);
   if (state_.playMode == MODE_FORCE) {
     print("# I'm not thinking");
-    state_.currentFen = engine_.fen();
   } else if (state_.playMode >= MODE_ENGINE_WHITE && state_.playMode <= 4) {
     think();
-  } else {
-    state_.currentFen = engine_.fen();
   }
   return CMD_HANDLED;
 }
@@ -130,9 +128,9 @@ int clsTalvena::cmdProtover(const std::string&) {
   return CMD_PRINTED;
 }
 
+// Answered once the commands before it are handled and no search waits for its move.
 int clsTalvena::cmdPing(const std::string& rest) {
-  state_.pendingPing = rest;
-  if (!thinking()) pong();
+  state_.pendingPings.push_back(rest);
   return CMD_HANDLED;
 }
 
@@ -141,10 +139,9 @@ int clsTalvena::cmdNothing(const std::string&) { return CMD_HANDLED; }
 int clsTalvena::cmdIgnored(const std::string&) { return CMD_IGNORED; }
 
 int clsTalvena::cmdNew(const std::string&) {
-  haltSearch();
   state_.playMode = MODE_FORCE;
   setPosition(clsBoard::START_FEN);
-  state_.undoStack.clear();
+  undo_.clear();
   // The fixed initial time, not the level's base: "level" follows "new" anyway.
   state_.engineTimeMs = state_.opponentTimeMs = INITIAL_CLOCK_MS;
   state_.periodMoves = 0;
@@ -155,33 +152,28 @@ int clsTalvena::cmdNew(const std::string&) {
 
 int clsTalvena::cmdQuit(const std::string&) {
   state_.playMode = MODE_FORCE;
-  haltSearch();
   return CMD_QUIT;
 }
 
 int clsTalvena::cmdForce(const std::string&) {
   state_.playMode = MODE_FORCE;
-  haltSearch();
   return CMD_HANDLED;
 }
 
 int clsTalvena::cmdGo(const std::string&) {
-  haltSearch();
-  state_.playMode = engine_.position().side == WHITE ? MODE_ENGINE_WHITE : MODE_ENGINE_BLACK;
+  state_.playMode = game_.position.side == WHITE ? MODE_ENGINE_WHITE : MODE_ENGINE_BLACK;
   think();
   return CMD_HANDLED;
 }
 
 int clsTalvena::cmdWhite(const std::string&) {
   state_.playMode = MODE_FORCE;
-  haltSearch();
   state_.playMode = MODE_ENGINE_BLACK;
   return CMD_HANDLED;
 }
 
 int clsTalvena::cmdBlack(const std::string&) {
   state_.playMode = MODE_FORCE;
-  haltSearch();
   state_.playMode = MODE_ENGINE_WHITE;
   return CMD_HANDLED;
 }
@@ -214,15 +206,13 @@ int clsTalvena::cmdOtim(const std::string& rest) {
 
 int clsTalvena::cmdResult(const std::string& rest) {
   state_.playMode = MODE_FORCE;
-  haltSearch();
   print("# result " + rest);
   return CMD_PRINTED;
 }
 
 int clsTalvena::cmdSetboard(const std::string& rest) {
-  haltSearch();
   setPosition(rest);
-  state_.undoStack.clear();
+  undo_.clear();
   return CMD_HANDLED;
 }
 
@@ -237,13 +227,12 @@ int clsTalvena::cmdBk(const std::string&) {
 
 int clsTalvena::cmdUndo(const std::string&) {
   state_.playMode = MODE_FORCE;
-  haltSearch();
-  if (state_.undoStack.empty()) {
+  if (undo_.empty()) {
     print("# nothing to undo");
     return CMD_PRINTED;
   }
-  setPosition(state_.undoStack.back());
-  state_.undoStack.pop_back();
+  game_ = undo_.back();
+  undo_.pop_back();
   return CMD_HANDLED;
 }
 
@@ -309,10 +298,10 @@ int clsTalvena::runPerft(const std::string& rest, bool divide) {
     return CMD_PRINTED;
   }
   const int depth = static_cast<int>(kobubase::clampTo(asked, 0, PERFT_MAX_DEPTH));
-  haltSearch();
   const std::int64_t start = kobubase::nowMs();
   watchPerft(start, divide);
-  const u64 nodes = engine_.perft(depth, divide);
+  engine_.setGamePosition(game_);
+  u64 nodes = engine_.perft(depth, divide);
   const std::int64_t ms = kobubase::nowMs() - start;
   engine_.perftPoll = nullptr;
   engine_.perftRootDone = nullptr;
@@ -321,20 +310,24 @@ int clsTalvena::runPerft(const std::string& rest, bool divide) {
     print("# perft stopped after " + std::to_string(nodes) + " nodes, " + std::to_string(ms) + " ms");
     return CMD_PRINTED;
   }
+  // The board answers all ones when the side to move can take a king; such
+  // a position has no legal move tree below it, so no leaves.
+  if (nodes == clsBoard::KING_CAPTURE_COUNT) {
+    print("# perft: the side to move can capture a king; the position has no legal move tree");
+    nodes = 0;
+  }
   print("Nodes: " + std::to_string(nodes) + ", Time: " + std::to_string(ms) +
         " ms, Nodes/s: " + std::to_string(nodes * 1000 / static_cast<u64>(ms + 1)));
   return CMD_PRINTED;
 }
 
 // A count that runs longer than a second reports each finished root move (divide
-// prints its own lines), and a "quit" or "?" waiting in the input ends it; the
-// loop then takes that line as usual.
+// prints its own lines), and a "?" waiting in the input ends it. Anything else
+// waits for the count, "quit" and the end of input too: a script that pipes a
+// perft and then quits gets its count.
 void clsTalvena::watchPerft(std::int64_t start, bool divide) {
   engine_.perftPoll = [this] {
-    return reader_ && reader_->anyQueued([](const std::string& line) {
-      const std::string_view word = wordAt(line, 0);
-      return word == "quit" || word == "?";
-    });
+    return reader_ && reader_->anyQueued([](const std::string& line) { return wordAt(line, 0) == "?"; });
   };
   engine_.perftRootDone = [this, start, divide, rootMoves = 0, nodesSoFar = u64{0}](const Move& move,
                                                                                      u64 count) mutable {

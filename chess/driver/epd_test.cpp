@@ -15,6 +15,8 @@ using kobubase::wordAt;
 namespace {
 
 constexpr std::int64_t DefaultEpdMs = 60000;
+// The default file keeps its historical Windows path deliberately, as the
+// command's own reply names it; give a file to run a test here.
 constexpr const char* DefaultEpdFile = "D:\\A\\KOBU\\KobuChess\\TestPositions\\arasan19.epd";
 
 // The non-empty lines of a text file; false with errno set when it cannot be read.
@@ -39,7 +41,6 @@ bool readLines(const std::string& path, std::vector<std::string>& lines) {
 }  // namespace
 
 int clsTalvena::cmdEpd(const std::string& rest) {
-  haltSearch();
   std::int64_t ms = kobubase::readClamped(wordAt(rest, 0), 0, MAX_CLOCK_MS);
   if (ms <= 0) ms = DefaultEpdMs;
   std::string file(wordAt(rest, 1));
@@ -61,6 +62,7 @@ void clsTalvena::startNextEpdPosition() {
   while (epd_.next < epd_.lines.size()) {
     const std::string& line = epd_.lines[epd_.next++];
     setPosition(line);
+    epd_.operations = view_.epdOperations();
     print("# testing: " + line);
     think();
     return;
@@ -74,16 +76,15 @@ void clsTalvena::startNextEpdPosition() {
 // Compares the move with every move of the position's "bm" operation (SAN).
 void clsTalvena::scoreEpdMove(const Move& move) {
   bool solved = false;
-  for (const std::string& operation : engine_.epdOperations()) {
+  for (const std::string& operation : epd_.operations) {
     if (operation.rfind("bm ", 0) != 0) continue;
     for (int i = 1; !wordAt(operation, i).empty(); ++i) {
-      engine_.resetFrames();
-      engine_.generateLegal();
-      const Move* best = engine_.readSANMove(wordAt(operation, i));
+      clsBoard& board = positionView();
+      board.generateLegal();
+      const Move* best = board.readSANMove(wordAt(operation, i));
       if (best && move.isMove() && best->sameMove(move)) solved = true;
     }
   }
-  engine_.resetFrames();
   ++epd_.tested;
   std::string line = "# move " + clsBoard::moveText(move.isMove() ? &move : nullptr, false);
   if (solved) {

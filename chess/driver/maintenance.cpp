@@ -35,10 +35,10 @@ bool firstLineOfFile(const std::string& path, std::string& line) {
 
 }  // namespace
 
-// A running search is stopped (its move is still played): the evaluation must
-// not change under it.
+// A running search is finished first (its move is played): the evaluation
+// must not change under it.
 void clsTalvena::loadSoul(const std::string& text) {
-  search_.stop();
+  finishSearch();
   std::string soul = text;
   std::string line;
   if (firstLineOfFile(text, line)) soul = line;
@@ -102,12 +102,10 @@ void clsTalvena::printMoveList() {
 }
 
 int clsTalvena::cmdTourney(const std::string& rest) {
-  haltSearch();
   return commandTourney(rest, *this);
 }
 
 int clsTalvena::cmdLoadBook(const std::string& rest) {
-  haltSearch();
   return commandLoadBook(book_, rest, *this);
 }
 
@@ -134,7 +132,6 @@ int clsTalvena::cmdCvBooks(const std::string& rest) {
 // "\learn file generations engines_count ms_per_move max_moves": learning by
 // generations on the soul file (continued when it exists).
 int clsTalvena::cmdLearn(const std::string& rest) {
-  haltSearch();
   LearningSettings settings = learning_;
   if (!readLearnArguments(rest, settings)) {
     print(LEARN_USAGE);
@@ -149,7 +146,6 @@ int clsTalvena::cmdLearn(const std::string& rest) {
 // default talvena.souls), as many souls as its last generation holds, with the
 // last time per move and move cap.
 int clsTalvena::cmdLearnt(const std::string&) {
-  haltSearch();
   LearningSettings settings = learning_;
   settings.generations = 1;
   settings.enginesCount = 0;
@@ -174,7 +170,6 @@ void clsTalvena::runLearning(const LearningSettings& given) {
 }
 
 int clsTalvena::cmdPlay(const std::string& rest) {
-  haltSearch();
   return commandPlay(rest, soulLine(Soul{engine_.soulName(), engine_.soulValues()}), *this);
 }
 

@@ -125,7 +125,12 @@ void clsTalvena::serviceEngine() {
 }
 
 int clsTalvena::execute(const std::string& line) {
-  if (consoleMode_) return consoleLine(line);
+  const int result = consoleMode_ ? consoleLine(line) : executeCommand(line);
+  if (!thinking()) pong();
+  return result;
+}
+
+int clsTalvena::executeCommand(const std::string& line) {
   std::size_t start = line.find_first_not_of(' ');
   if (start == std::string::npos) return CMD_IGNORED;
   const std::size_t blank = line.find(' ', start);
@@ -157,12 +162,11 @@ void clsTalvena::logCommand(const std::string& word, const std::string& rest) {
 // --- think and play
 
 void clsTalvena::think() {
-  haltSearch();
+  abandonSearch();
   if (state_.level.movesPerPeriod > 0 && state_.periodMoves >= state_.level.movesPerPeriod) {
     state_.engineTimeMs += state_.level.baseMs;
     state_.periodMoves = 0;
   }
-  state_.currentFen = engine_.fen();
   state_.lastThinkingMs = kobubase::nowMs();
   std::int64_t budget;
   if (state_.playMode == MODE_EPD_TEST) {
@@ -179,6 +183,7 @@ void clsTalvena::think() {
   // the same time budget; without "sd" it deepens by two plies at a time
   // until stopped, never beyond its own 127-ply limit.
   const int limit = state_.depthLimit;
+  engine_.setGamePosition(game_);
   search_.start(budget, limit >= 128 ? 0 : limit);
 }
 
@@ -195,21 +200,16 @@ void clsTalvena::collectMove(std::int64_t now) {
   pong();
 }
 
+// The search's move is one of the legal root moves of a copy of the game's
+// position, so it is played on the game as it stands.
 void clsTalvena::playEngineMove(const Move& move) {
   const std::int64_t elapsed = search_.elapsedMs();
-  const std::string text = clsBoard::moveText(&move, false);
-  const std::string previous = state_.currentFen;
-  if (!engine_.readCoordinateMove(text)) {
-    print("# error: the engine chose a move it cannot play: " + text);
-    return;
-  }
-  state_.undoStack.push_back(previous);
-  state_.currentFen = engine_.fen();
+  playOnGame(move);
   state_.engineTimeMs += state_.level.incrementMs - elapsed;
   ++state_.periodMoves;
   print(engine_.statisticsText(static_cast<std::uint64_t>(elapsed)));
-  print("move " + text);
-  if (state_.debugDisplay) engine_.printBoard();
+  print("move " + clsBoard::moveText(&move, false));
+  if (state_.debugDisplay) positionView().printBoard(engine_.output());
 }
 
 void clsTalvena::printThinking(std::int64_t now) {
@@ -219,20 +219,38 @@ void clsTalvena::printThinking(std::int64_t now) {
 }
 
 void clsTalvena::pong() {
-  if (state_.pendingPing.empty()) return;
-  print("pong " + state_.pendingPing);
-  state_.pendingPing.clear();
+  while (!state_.pendingPings.empty()) {
+    print("pong " + state_.pendingPings.front());
+    state_.pendingPings.pop_front();
+  }
 }
 
-void clsTalvena::haltSearch() { search_.abandon(); }
+void clsTalvena::abandonSearch() { search_.abandon(); }
+
+void clsTalvena::finishSearch() {
+  if (!thinking()) return;
+  search_.stop();
+  // An EPD run ends here: its last position is scored, the rest is left.
+  if (state_.playMode == MODE_EPD_TEST) epd_.next = epd_.lines.size();
+  collectMove(kobubase::nowMs());
+}
 
 void clsTalvena::setPosition(const std::string& fen) {
-  engine_.readFEN(fen);
-  state_.currentFen = engine_.fen();
+  view_.readFEN(fen);
+  game_ = view_.gamePosition();
+}
+
+void clsTalvena::playOnGame(const Move& move) {
+  clsBoard& board = positionView();
+  board.playRecord(move);
+  undo_.push_back(game_);
+  game_ = board.gamePosition();
+  share_.markPlayed(board.positionKey());
 }
 
 clsBoard& clsTalvena::positionView() {
-  view_.readFEN(state_.currentFen);
+  view_.setCastlingBonus(engine_.castlingBonus());
+  view_.setGamePosition(game_);
   return view_;
 }
 

@@ -11,6 +11,7 @@
 // console_commands.cpp (the expression console mode, "\sql", "\odbc").
 #include <cstdint>
 #include <cstdio>
+#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,6 +21,7 @@
 #include "base/output.h"
 #include "base/stdin_thread.h"
 #include "base/thread.h"
+#include "base/version.h"
 #include "chess/book/book.h"
 #include "chess/driver/command_result.h"
 #include "chess/engine/time_control.h"
@@ -47,24 +49,23 @@ struct ProtocolState {
   bool hard = false;
   bool post = false;
   bool debugDisplay = false;
-  std::string pendingPing;
+  std::deque<std::string> pendingPings;  // answered in order once no search waits for its move
   std::string ics;
-  std::vector<std::string> undoStack;
-  std::string currentFen;
 };
 
 // One EPD test run ("\epd"): the positions still to test and the score so far.
 struct EpdRun {
   std::vector<std::string> lines;
   std::size_t next = 0;
+  std::vector<std::string> operations;  // of the position being tested
   int solved = 0;
   int tested = 0;
 };
 
 class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
  public:
-  static constexpr const char* NAME = "Talvena";
-  static constexpr const char* VERSION = "3.0.23";
+  static constexpr const char* NAME = kobubase::PROGRAM_NAME;
+  static constexpr const char* VERSION = kobubase::PROGRAM_VERSION;
   static constexpr std::int64_t INITIAL_CLOCK_MS = 300000;
   // Perft beyond this depth would run for ages and, past the frame stack, be unsafe.
   static constexpr int PERFT_MAX_DEPTH = 20;
@@ -72,7 +73,8 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   explicit clsTalvena(const kobubase::clsOptions& options);
   ~clsTalvena() override;
 
-  // Splits a line at its first blank, logs it and dispatches it.
+  // Splits a line at its first blank, logs it and dispatches it; then answers
+  // the pings that no longer wait for an engine move.
   int execute(const std::string& line);
   int dispatch(const std::string& word, const std::string& rest);
   // One pass of the loop without input: collects a finished search, applies
@@ -83,6 +85,10 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
 
   clsEngine& engine() { return engine_; }
   const ProtocolState& state() const { return state_; }
+  // The game as the GUI sees it: the position and the saved copies that "undo" restores.
+  const GamePosition& game() const { return game_; }
+  std::size_t undoDepth() const { return undo_.size(); }
+  std::string currentFen() { return positionView().fen(); }
   const std::string& logPath() const { return logPath_; }
   // True while input lines go to the expression console ("\console" .. "exit").
   bool inConsole() const { return consoleMode_; }
@@ -92,9 +98,15 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
 
  private:
   using Handler = int (clsTalvena::*)(const std::string& rest);
+  // What a command does to a running search. Commands that only look or set a
+  // value run beside it; commands that change the game or the play mode end it
+  // (its move is dropped); commands that keep the driver busy for a while first
+  // finish it: the engine plays the best move found so far, then they run.
+  enum class SearchRule { BESIDE, ENDS, FINISHES };
   struct Command {
     const char* word;
     Handler handler;
+    SearchRule rule;
   };
   static const Command COMMANDS[];
 
@@ -103,17 +115,24 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   void runLoop();
   // Hands the input over to a UCI session for the rest of the run.
   void runUci(const std::string& firstLine);
+  int executeCommand(const std::string& line);
   void think();
   void collectMove(std::int64_t now);
   void playEngineMove(const Move& move);
   void printThinking(std::int64_t now);
+  // Answers every pending ping, in the order they came.
   void pong();
   // Stops a running search and forgets its move.
-  void haltSearch();
+  void abandonSearch();
+  // Stops a running search and plays (or, in an EPD test, scores) its move now.
+  void finishSearch();
   void logCommand(const std::string& word, const std::string& rest);
+  // Starts a new game from a FEN (its score is the material count).
   void setPosition(const std::string& fen);
-  // A copy of the current position on a board of its own, for commands that
-  // only look: they answer while the engine thinks on its own board.
+  // Plays a legal move of the game's position and saves the position before it for "undo".
+  void playOnGame(const Move& move);
+  // A copy of the game's position on a board of its own: commands that only
+  // look answer from it while the engine thinks on its own board.
   clsBoard& positionView();
 
   // --- dispatch.cpp: moves and xboard commands
@@ -194,6 +213,8 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   clsEngineShare share_;
   clsEngine engine_;
   clsSearchControl search_{engine_};
+  GamePosition game_{};
+  std::vector<GamePosition> undo_;
   clsBoard view_;
   clsBook book_;
   ProtocolState state_;

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "base/version.h"
+
 namespace kbuChess {
 
 clsEngine::clsEngine(const kobubase::clsOptions& options, clsEngineShare* share)
@@ -33,7 +35,7 @@ void clsEngine::selectSoul(const std::string& name) {
   if (chosen.empty()) chosen = runtimeOptions_.get("soul");
   if (chosen.empty()) chosen = commandOptions_.get("-soul");
   // This fallback matches no preset on purpose: the soul in place is kept.
-  if (chosen.empty()) chosen = "Simple5 3.0.23";
+  if (chosen.empty()) chosen = std::string("Simple5 ") + kobubase::PROGRAM_VERSION;
   for (const char* preset : SOUL_PRESETS) {
     const std::string text = preset;
     if (text.substr(0, text.find('=')) == chosen) applySoulText(text);
@@ -67,6 +69,8 @@ std::string clsEngine::statisticsText(std::uint64_t elapsedMs) const {
   if (nodes != 0) {
     char percent[32];
     std::snprintf(percent, sizeof percent, "%.2f", static_cast<double>(ttHits_) * 100.0 / static_cast<double>(nodes));
+    // The search never probes the table, so both hit counters stay 0; the line
+    // keeps its fields deliberately for tools that read it.
     text += ", TT hits: " + std::to_string(ttHits_) + " " + percent + "%, Rept.Hits: " + std::to_string(repetitionHits_);
   }
   return text;
@@ -82,15 +86,7 @@ std::string clsEngine::thinkingLine(std::uint64_t elapsedMs) {
 // --- the played-move path
 
 void clsEngine::onMovePlayed() {
-  if (share_ == nullptr) return;
-  TTEntry* entry = share_->entryFor(positionKey());
-  if (entry == nullptr) return;
-  rootFrame()->ttEntry = entry;
-  entry->key = positionKey();
-  entry->reserved = 0;
-  entry->word4 = 1000;
-  entry->score = DRAW_SCORE;
-  entry->word6 = 64;
+  if (share_ != nullptr) rootFrame()->ttEntry = share_->markPlayed(positionKey());
 }
 
 }  // namespace kbuChess

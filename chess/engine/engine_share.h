@@ -33,6 +33,12 @@ class clsEngineShare {
   u64 requestedBytes() const { return requestedBytes_; }
   // table + key mod entry count; null without a table.
   TTEntry* entryFor(u64 key) const { return entryCount_ ? &table_[key % entryCount_] : nullptr; }
+  // Writes the entry of a position reached by a played move; null without a table.
+  TTEntry* markPlayed(u64 key) const {
+    TTEntry* entry = entryFor(key);
+    if (entry != nullptr) *entry = TTEntry{key, 0, 1000, -13, 64, entry->word7};
+    return entry;
+  }
 
  private:
   u64 entryCount_ = 0;

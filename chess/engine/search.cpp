@@ -153,6 +153,8 @@ i32 clsEngine::nodeSearch(int depth) {
     Move* move = nextLegalMove(f);
     bool leave = move == nullptr;
     if (leave) {
+      // A mate scores the same at every ply, deliberately: deepening stops at the
+      // first iteration that finds one, so the shortest mate is still played.
       if (f.legalMoves == 0) f.bestScore = f.inCheck ? MATED : DRAW_SCORE;
     } else {
       countNode();

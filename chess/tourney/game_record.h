@@ -71,7 +71,7 @@ GamePoints gamePoints(std::uint32_t code);
 class clsGame {
  public:
   using Tag = std::pair<std::string, std::string>;
-  static constexpr const char* START_FEN = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
+  static constexpr const char* START_FEN = clsBoard::START_FEN;
 
   // Empties the moves and position keys and makes the game undecided again.
   // The tags stay: the round's tags are set before the game starts.

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "base/text.h"
+#include "base/version.h"
 
 namespace kbuChess {
 namespace {
@@ -44,7 +45,7 @@ std::string writeFile(const std::string& path, const char* mode, const std::stri
 }  // namespace
 
 std::string softwareTag() {
-  return std::string(PROGRAM_NAME) + " - " + PROGRAM_ADDRESS;
+  return std::string(kobubase::PROGRAM_NAME) + " " + kobubase::PROGRAM_VERSION + " - " + PROGRAM_ADDRESS;
 }
 
 std::string timeControlTag(int movesPerSecond, int gameMs, int incrementMs) {

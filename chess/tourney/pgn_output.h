@@ -19,7 +19,6 @@
 
 namespace kbuChess {
 
-inline constexpr const char* PROGRAM_NAME = "Talvena 3.0.23";
 inline constexpr const char* PROGRAM_ADDRESS = "https://talvena.org";
 
 // "Talvena 3.0.23 - https://talvena.org"

@@ -5,7 +5,7 @@ namespace {
 
 using MakeTest = BoardTest;
 
-TEST_F(MakeTest, CastlingMovesTheRookAndClearsOnlyTheKingSquares) {
+TEST_F(MakeTest, CastlingClearsOnlyTheKingSquaresAsExistingBooksExpect) {
   board.readFEN("r3k2r/8/8/8/8/8/8/R3K2R w KQkq -");
   board.setCastlingBonus(20);
   ASSERT_TRUE(play("e1g1"));
@@ -15,7 +15,7 @@ TEST_F(MakeTest, CastlingMovesTheRookAndClearsOnlyTheKingSquares) {
   EXPECT_EQ(board.position().score, -20);
 }
 
-TEST_F(MakeTest, EnPassantLowersThePawnCountAndKeepsTheCapturedPawnInTheKey) {
+TEST_F(MakeTest, EnPassantKeepsTheCapturedPawnInTheKeyAsTableEntriesExpect) {
   board.readFEN("4k3/3p4/8/4P3/8/8/8/4K3 b - -");
   ASSERT_TRUE(play("d7d5"));
   ASSERT_TRUE(play("e5d6"));
@@ -27,7 +27,7 @@ TEST_F(MakeTest, EnPassantLowersThePawnCountAndKeepsTheCapturedPawnInTheKey) {
   EXPECT_NE(viaEnPassant, board.positionKey());
 }
 
-TEST_F(MakeTest, CaptureCountsFollowTheTargetSquare) {
+TEST_F(MakeTest, CaptureCountsFollowTheTargetSquareAsTheEvaluationExpects) {
   board.readFEN("4k1r1/8/8/8/8/8/8/4K1N1 b - -");
   ASSERT_TRUE(play("g8g1"));
   EXPECT_EQ(board.position().pawnCount[WHITE], -1);

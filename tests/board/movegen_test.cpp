@@ -45,7 +45,7 @@ TEST_F(MoveGenTest, DivideWritesLongFormLinesInGenerationOrder) {
 }
 
 // Stage 0 gives the captures; all stages together give the moves of one call.
-TEST_F(MoveGenTest, StagesTogetherGiveTheMovesOfOneCall) {
+TEST_F(MoveGenTest, StagesGiveTheMovesOfOneCallInTheKeptOrder) {
   const std::string fen = "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -";
   Moves all = generated(fen);
   board.readFEN(fen);

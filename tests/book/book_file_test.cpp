@@ -60,7 +60,7 @@ TEST_F(BookFile, RecordsAreVarintsAndLittleEndianKeysAndReloadToTheSameBytes) {
   EXPECT_EQ(bookTest::readBytes(folder.file("again.sbk")), expected);
 }
 
-TEST_F(BookFile, SaveAndLoadLimitsDropRarePositionsAndRewriteTheCount) {
+TEST_F(BookFile, LimitsCountHalfTheGamesAsExistingBooksExpect) {
   ASSERT_TRUE(saveBook(threeBook(), path, 0, out));
   EXPECT_EQ(bookTest::readBytes(path)[10], 3);
   ASSERT_TRUE(saveBook(threeBook(), path, 1, out));

@@ -54,25 +54,6 @@ TEST(BookEntry, KeysOrderByHighWordThenLowWordScoresRoundDown) {
   EXPECT_EQ(clsBookEntry(record(1)).score(), 0);
 }
 
-TEST(Book, FindPlaceAgreesWithLowerBoundForEverySize) {
-  for (u64 size = 0; size <= 40; ++size) {
-    clsBook book;
-    std::vector<u64> keys;
-    for (u64 i = 0; i < size; ++i) {
-      keys.push_back(i * 10 + (i % 2 ? 0x100000000ull * i : 0));
-    }
-    std::sort(keys.begin(), keys.end());
-    for (u64 key : keys) book.append(record(key));
-    for (u64 probe : keys) {
-      for (u64 near : {probe - 1, probe, probe + 1}) {
-        const auto expected = std::lower_bound(keys.begin(), keys.end(), near) - keys.begin();
-        ASSERT_EQ(book.findPlace(near), static_cast<std::size_t>(expected)) << "size " << size << " key " << near;
-      }
-    }
-    EXPECT_EQ(book.findPlace(~u64{0}), book.count());
-  }
-}
-
 TEST(Book, AddAndAddManySumEqualKeysAndKeepOrder) {
   clsBook book;
   for (u64 key : {50ull, 10ull, 30ull, 10ull, 0xFFFFFFFF00000000ull, 30ull}) book.add(record(key, 1, 2, 3));

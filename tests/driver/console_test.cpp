@@ -44,7 +44,7 @@ class ConsoleTest : public testing::Test {
   kobubase::clsOptions options_{3, args_};
   clsEngine engine_;
   clsBook book_;
-  clsConsole console_{engine_, book_, options_};
+  clsConsole console_{engine_, engine_, book_, options_};
   std::string folder_;
 };
 

@@ -54,7 +54,7 @@ TEST_F(DispatchTest, ThinkPrintsTheBudgetAndPlays) {
   const Lines seen = untilMove();
   ASSERT_GE(seen.size(), 2u);
   EXPECT_EQ(seen[seen.size() - 2].rfind("# ", 0), 0u);  // the search summary
-  EXPECT_EQ(state().undoStack.size(), 1u);
+  EXPECT_EQ(driver_->undoDepth(), 1u);
   EXPECT_LT(state().engineTimeMs, 2000);
   EXPECT_EQ(state().periodMoves, 1);
 }
@@ -90,12 +90,12 @@ TEST_F(DispatchTest, PerftAndDivide) {
 // Positions no game reaches are taken as they stand: shown, counted, searched.
 TEST_F(DispatchTest, SetboardTakesAnyPosition) {
   EXPECT_EQ(reply("setboard 8/8/8/8/8/8/8/8 w - - 0 1", CMD_HANDLED), Lines{});
-  EXPECT_EQ(state().currentFen, "8/8/8/8/8/8/8/8 w - -");
+  EXPECT_EQ(driver_->currentFen(), "8/8/8/8/8/8/8/8 w - -");
   reply("go");
   EXPECT_EQ(serviceWhile([this](const Lines&) { return driver_->thinking(); }).back(), "# no legal move");
   reply("force");
   EXPECT_EQ(reply("setboard 1k6/7R/1K6/8/8/8/8/8 b - - 0 1", CMD_HANDLED), Lines{});
-  EXPECT_EQ(state().currentFen, "1k6/7R/1K6/8/8/8/8/8 b - -");
+  EXPECT_EQ(driver_->currentFen(), "1k6/7R/1K6/8/8/8/8/8 b - -");
   const Lines shown = reply("\\ m", CMD_PRINTED);
   EXPECT_TRUE(state().debugDisplay);
   ASSERT_EQ(shown.size(), 5u);
@@ -115,9 +115,9 @@ TEST_F(DispatchTest, LookingCommandsNeverLoseTheEnginesMove) {
     EXPECT_FALSE(reply(command).empty()) << command;
     EXPECT_TRUE(driver_->thinking()) << command;
   }
-  EXPECT_EQ(state().undoStack.size(), 0u);
+  EXPECT_EQ(driver_->undoDepth(), 0u);
   const Lines seen = untilMove();
-  EXPECT_EQ(state().undoStack.size(), 1u);
+  EXPECT_EQ(driver_->undoDepth(), 1u);
   EXPECT_EQ(seen.back().rfind("move ", 0), 0u);
 }
 

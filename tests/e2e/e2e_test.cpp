@@ -165,9 +165,9 @@ std::string coordinates(const std::string& longForm) {
   return squares;
 }
 
-// A long count reports each root move once it has run a second, and "?" or
-// "quit" waiting in the input ends it.
-TEST_F(E2eTest, LongPerftReportsProgressAndEndsOnQuestionMarkOrQuit) {
+// A long count reports each root move once it has run a second, and "?"
+// waiting in the input ends it.
+TEST_F(E2eTest, LongPerftReportsProgressAndEndsOnQuestionMark) {
   engine_.send("perft 7");
   const Lines lines = engine_.readUntil("# perft ", 180000);  // sanitizer builds count slowly
   ASSERT_TRUE(engine_.found()) << "no progress line";
@@ -189,14 +189,68 @@ TEST_F(E2eTest, LongPerftReportsProgressAndEndsOnQuestionMarkOrQuit) {
   engine_.readUntil("# perft stopped after ", 30000);
   ASSERT_TRUE(engine_.found()) << "? did not end the count";
   EXPECT_EQ(ask("ping 4"), "pong 4");
-  engine_.send("perft 7");
+  // A queued quit, like the end of input, waits for the count: scripts that
+  // pipe a perft get their number.
+  engine_.send("perft 5");
   engine_.send("quit");
-  const Lines end = engine_.readUntil("# bye bye", 30000);
-  ASSERT_TRUE(engine_.found()) << "quit did not end the count";
+  const Lines end = engine_.readUntil("# bye bye", 60000);
+  ASSERT_TRUE(engine_.found());
   ASSERT_GE(end.size(), 4u);
-  EXPECT_EQ(end[end.size() - 4].rfind("# perft stopped after ", 0), 0u) << end[end.size() - 4];
+  EXPECT_EQ(end[end.size() - 4].rfind("Nodes: 4865609, Time: ", 0), 0u) << end[end.size() - 4];
   EXPECT_EQ(Lines(end.end() - 3, end.end()), (Lines{"# end", "# stop", "# bye bye"}));
   EXPECT_EQ(engine_.waitExit(3000), 0);
+}
+
+// The board display reads the position record the game keeps, so its value
+// carries everything the incremental score does: the soul's castling bonus,
+// and a promoting capture's value ORed with the promotion gain.
+TEST_F(E2eTest, BoardValueIsTheIncrementalScoreAndUndoRestoresIt) {
+  const auto value = [this](const std::string& line) {
+    const Lines lines = engine_.readUntil("# black value:", 3000);
+    EXPECT_TRUE(engine_.found()) << line;
+    return lines.empty() ? std::string() : lines.back().substr(lines.back().find("# black value:"));
+  };
+  const std::string castled = "# black value: -0.19 FEN: r3k2r/pppppppp/8/8/8/8/PPPPPPPP/R4RK1 b kq -";
+  const char* const castling = "setboard r3k2r/pppppppp/8/8/8/8/PPPPPPPP/R3K2R w KQkq - 0 1";
+  for (const char* line : {"force", castling, "e1g1", "\\"}) engine_.send(line);
+  EXPECT_EQ(value("castled"), castled);
+  for (const char* line : {"undo", "e1g1", "\\"}) engine_.send(line);
+  EXPECT_EQ(value("replayed"), castled);
+  for (const char* line : {"\\soul X=0 0 0 105", castling, "e1g1", "\\"}) engine_.send(line);
+  EXPECT_EQ(value("other soul"), "# black value: -1.00 FEN: r3k2r/pppppppp/8/8/8/8/PPPPPPPP/R4RK1 b kq -");
+  for (const char* line : {"setboard 1r2k3/P7/8/8/8/8/8/4K3 w - - 0 1", "a7b8=q", "\\"}) engine_.send(line);
+  EXPECT_EQ(value("queen"), "# black value: -5.98 FEN: 1Q2k3/8/8/8/8/8/8/4K3 b - -");
+  for (const char* line : {"undo", "a7b8r", "\\"}) engine_.send(line);
+  EXPECT_EQ(value("rook"), "# black value: -1.10 FEN: 1R2k3/8/8/8/8/8/8/4K3 b - -");
+  expectCleanEnd(false);
+}
+
+// The engine on move always moves: a command that keeps the driver busy
+// first plays the best move found; every ping is answered once, in order,
+// whatever ends the search.
+TEST_F(E2eTest, EngineOnMoveAlwaysMovesAndEveryPingIsAnswered) {
+  for (const char* line : {"new", "level 0 1 0", "usermove e2e4", "perft 1"}) engine_.send(line);
+  Lines lines = engine_.readUntil("Nodes: ", 10000);
+  ASSERT_TRUE(engine_.found());
+  ASSERT_GE(lines.size(), 2u);
+  const std::string& reply = lines[lines.size() - 2];
+  ASSERT_EQ(reply.rfind("move ", 0), 0u) << reply;
+  kbuChess::clsBoard board;  // the count is of the position after Black's reply
+  ASSERT_TRUE(board.readCoordinateMove("e2e4") && board.readCoordinateMove(reply.substr(5)));
+  EXPECT_EQ(lines.back().rfind("Nodes: " + std::to_string(board.perft(1, false)) + ", ", 0), 0u) << lines.back();
+  for (const char* line : {"go", "ping 7", "ping 8", "force", "ping 9"}) engine_.send(line);
+  lines = engine_.readUntil("pong 9", 5000);
+  ASSERT_TRUE(engine_.found());
+  const Lines pongs = [&] {
+    Lines found;
+    std::copy_if(lines.begin(), lines.end(), std::back_inserter(found),
+                 [](const std::string& l) { return l.rfind("pong", 0) == 0 || l.rfind("move", 0) == 0; });
+    return found;
+  }();
+  EXPECT_EQ(pongs, (Lines{"pong 7", "pong 8", "pong 9"}));
+  engine_.send("setboard k7/PPPPPPPP/8/8/8/8/pppppppp/K7 w - - 0 1");
+  EXPECT_EQ(ask("perft 3").rfind("Nodes: 0, ", 0), 0u);
+  expectCleanEnd(false);
 }
 
 // Command-line options: the table size, a soul loaded before the loop, the

@@ -4,28 +4,21 @@
 
 #include "base/text.h"
 #include "base/thread.h"
+#include "base/version.h"
 #include "chess/book/book_commands.h"
 #include "chess/engine/engine_share.h"
 
 namespace kbuChess {
 
 using kobubase::readClamped;
+using kobubase::trimmed;
 using kobubase::wordAt;
 
 namespace {
 
-constexpr const char* ENGINE_NAME = "Talvena 3.0.23";
-
 std::string lowerCase(std::string text) {
   for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   return text;
-}
-
-// Blanks and tabs at both ends removed.
-std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(" \t\r");
-  if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
 // UCI writes a promotion as e7e8q, the board's move text as e7e8=q.
@@ -102,7 +95,7 @@ bool clsUciSession::execute(const std::string& line) {
 void clsUciSession::cmdUci() {
   const clsEngineShare* share = engine_.share();
   const std::uint64_t tableMiB = share ? share->entryCount() * sizeof(TTEntry) >> 20 : 0;
-  out_.print(std::string("id name ") + ENGINE_NAME);
+  out_.print(std::string("id name ") + kobubase::PROGRAM_NAME + " " + kobubase::PROGRAM_VERSION);
   out_.print("id author the Talvena developers");
   out_.print("option name Hash type spin default " + std::to_string(tableMiB) + " min 0 max " +
              std::to_string(MAX_TABLE_MIB));
@@ -154,7 +147,7 @@ void clsUciSession::setBookFile(const std::string& file) {
 
 void clsUciSession::cmdNewGame() {
   finishSearch();
-  engine_.readFEN(clsBoard::START_FEN);
+  game_.readFEN(clsBoard::START_FEN);
 }
 
 // "startpos | fen FEN [moves M1 M2 ...]". The moves are played up to the first
@@ -163,20 +156,24 @@ void clsUciSession::cmdPosition(const std::string& rest) {
   finishSearch();
   const std::size_t movesAt = rest.find("moves");
   const std::string setup = trimmed(rest.substr(0, movesAt));
+  game_.setCastlingBonus(engine_.castlingBonus());
   if (setup.rfind("fen", 0) == 0) {
-    engine_.readFEN(trimmed(setup.substr(3)));
+    game_.readFEN(trimmed(setup.substr(3)));
   } else {
     if (setup != "startpos") infoString("position needs startpos or fen; using the start position");
-    engine_.readFEN(clsBoard::START_FEN);
+    game_.readFEN(clsBoard::START_FEN);
   }
   if (movesAt == std::string::npos) return;
   const std::string moves = rest.substr(movesAt + 5);
   for (int i = 0; !wordAt(moves, i).empty(); ++i) {
-    const std::string_view move = wordAt(moves, i);
-    if (move.size() < 4 || !engine_.readCoordinateMove(move)) {
-      infoString("illegal move " + std::string(move) + " in position; the moves before it stand");
+    const std::string_view text = wordAt(moves, i);
+    const Move* move = text.size() < 4 ? nullptr : game_.findCoordinateMove(text);
+    if (move == nullptr) {
+      infoString("illegal move " + std::string(text) + " in position; the moves before it stand");
       return;
     }
+    game_.playRecord(Move(*move));
+    if (clsEngineShare* share = engine_.share()) share->markPlayed(game_.positionKey());
   }
 }
 
@@ -192,7 +189,8 @@ void clsUciSession::startSearch(const UciGo& go) {
   reportedDepth_ = 0;
   lastInfoMs_ = kobubase::nowMs();
   engine_.setNodeLimit(static_cast<u64>(go.nodes));
-  search_.start(goBudgetMs(go, engine_.position().side), go.depth);
+  engine_.setGamePosition(game_.gamePosition());
+  search_.start(goBudgetMs(go, game_.position().side), go.depth);
 }
 
 void clsUciSession::cmdStop() {

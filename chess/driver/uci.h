@@ -65,6 +65,7 @@ class clsUciSession {
   clsBook& book_;
   kobubase::clsOutBuffer& out_;
   UciHooks hooks_;
+  clsBoard game_;  // the position the GUI set up; a search starts from a copy
   std::string bookFile_;
   UciGo lastGo_;
   bool holdMove_ = false;     // "infinite" or "ponder": the move waits for "stop" or "ponderhit"

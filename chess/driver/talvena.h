@@ -23,7 +23,7 @@
 #include "base/thread.h"
 #include "base/version.h"
 #include "chess/book/book.h"
-#include "chess/driver/command_result.h"
+#include "base/command_result.h"
 #include "chess/engine/time_control.h"
 #include "chess/engine/engine.h"
 #include "chess/engine/engine_share.h"
@@ -31,6 +31,8 @@
 #include "chess/tourney/learning.h"
 
 namespace kbuChess {
+
+using enum kobubase::CommandResult;
 
 class clsConsole;
 

@@ -3,13 +3,15 @@
 #include <ctime>
 
 #include "base/text.h"
-#include "chess/driver/command_result.h"
+#include "base/command_result.h"
 #include "chess/tourney/learning.h"
 #include "chess/tourney/pgn_output.h"
 #include "chess/tourney/tourney_learning_games.h"
 #include "chess/tourney/tourney_text.h"
 
 namespace kbuChess {
+
+using enum kobubase::CommandResult;
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include "base/interrupt.h"
 #include "base/text.h"
 #include "chess/book/book_file.h"
-#include "chess/driver/command_result.h"
+#include "base/command_result.h"
 #include "chess/tourney/pgn_output.h"
 #include "chess/tourney/results_file.h"
 #include "chess/tourney/standings.h"
@@ -24,6 +24,8 @@
 #include "chess/tourney/tourney_text.h"
 
 namespace kbuChess {
+
+using enum kobubase::CommandResult;
 
 namespace {
 

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "base/child_process.h"
+#include "bench/bench_timing.h"
 
 namespace {
 
@@ -52,14 +53,6 @@ class Child : public kobubase::clsRedirectedChild {
 
  protected:
   void report(const std::string&) override {}
-};
-
-const char* const Positions[] = {
-    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
-    "r1bqkb1r/pppp1ppp/2n2n2/4p3/2B1P3/5N2/PPPP1PPP/RNBQK2R w KQkq - 4 4",
-    "r2q1rk1/pp2bppp/2n1pn2/3p4/3P4/2NBPN2/PP3PPP/R2Q1RK1 b - - 0 10",
-    "2rq1rk1/pb1nbppp/1p2pn2/2pp4/2PP4/1PN1PN2/PB2BPPP/2RQ1RK1 w - - 0 12",
-    "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
 };
 
 void report(const char* what, std::vector<std::int64_t> values) {
@@ -128,7 +121,7 @@ int main(int argc, char** argv) {
     engine.send("protover 2");
     const int clocks[] = {30, 60, 150, 300, 1000};  // centiseconds: budgets 7, 13, 36, 73, 248 ms
     for (int round = 0; round < rounds; ++round) {
-      const char* fen = Positions[round % std::size(Positions)];
+      const char* fen = bench::POSITIONS[round % std::size(bench::POSITIONS)];
       const std::optional<std::int64_t> ms = lateness(engine, fen, clocks[(round / 5) % std::size(clocks)]);
       if (!ms) {
         ++failures;
@@ -138,14 +131,14 @@ int main(int argc, char** argv) {
     }
     for (int round = 0; round < 10; ++round) {
       const std::optional<std::int64_t> ms =
-          commandLatency(engine, Positions[round % std::size(Positions)], "?", "move ");
+          commandLatency(engine, bench::POSITIONS[round % std::size(bench::POSITIONS)], "?", "move ");
       ms ? stops.push_back(*ms) : void(++failures);
     }
   }
   for (int round = 0; round < 5; ++round) {
     Child engine(path);
     const std::optional<std::int64_t> ms =
-        commandLatency(engine, Positions[round % std::size(Positions)], "quit", "# end");
+        commandLatency(engine, bench::POSITIONS[round % std::size(bench::POSITIONS)], "quit", "# end");
     ms ? quits.push_back(*ms) : void(++failures);
   }
   std::printf("deadline and command latency of %s\n", path.c_str());

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "base/child_process.h"
+#include "bench/bench_timing.h"
 
 namespace {
 
@@ -47,14 +48,6 @@ class Child : public kobubase::clsRedirectedChild {
 
  protected:
   void report(const std::string&) override {}
-};
-
-const char* const Positions[] = {
-    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
-    "r1bqkb1r/pppp1ppp/2n2n2/4p3/2B1P3/5N2/PPPP1PPP/RNBQK2R w KQkq - 4 4",
-    "r2q1rk1/pp2bppp/2n1pn2/3p4/3P4/2NBPN2/PP3PPP/R2Q1RK1 b - - 0 10",
-    "2rq1rk1/pb1nbppp/1p2pn2/2pp4/2PP4/1PN1PN2/PB2BPPP/2RQ1RK1 w - - 0 12",
-    "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
 };
 
 void report(const char* what, std::vector<std::int64_t> values) {
@@ -121,7 +114,7 @@ int main(int argc, char** argv) {
   std::vector<std::int64_t> stops, moves;
   int failures = 0;
   for (int round = 0; round < rounds; ++round) {
-    const char* fen = Positions[round % std::size(Positions)];
+    const char* fen = bench::POSITIONS[round % std::size(bench::POSITIONS)];
     const std::optional<std::int64_t> stop = stopLatency(engine, fen);
     stop ? stops.push_back(*stop) : void(++failures);
     const std::optional<std::int64_t> move = moveTime(engine, fen);

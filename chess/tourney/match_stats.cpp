@@ -16,16 +16,10 @@ constexpr double NELO_PER_T = 800.0 / 2.302585092994046;  // 800 / ln 10
 constexpr double EMPTY_CELL = 1e-3;
 constexpr double Z95 = 1.959963984540054;
 
-std::string format(const char* pattern, double value) {
-  char text[40];
-  std::snprintf(text, sizeof text, pattern, value);
-  return text;
-}
-
 std::string eloText(double elo) {
   if (std::isnan(elo)) return "-";
   if (std::isinf(elo)) return elo > 0 ? "+inf" : "-inf";
-  return format("%+.1f", elo);
+  return formatFigure("%+.1f", elo);
 }
 
 // Mean and variance of the pair score (0, 1/4, ... 1) over the cells,
@@ -138,15 +132,15 @@ std::string matchFiguresLine(const std::string& player, const std::string& oppon
                      std::to_string(p[1]) + " DD+WL " + std::to_string(p[2]) + " WD " + std::to_string(p[3]) + " WW " +
                      std::to_string(p[4]);
   if (f.unpaired > 0) line += " (" + std::to_string(f.unpaired) + " unpaired)";
-  line += ", elo " + eloText(f.elo) + " +/- " + (std::isnan(f.eloError) ? "-" : format("%.1f", f.eloError));
-  return line + ", LOS " + format("%.1f%%", f.los * 100);
+  line += ", elo " + eloText(f.elo) + " +/- " + (std::isnan(f.eloError) ? "-" : formatFigure("%.1f", f.eloError));
+  return line + ", LOS " + formatFigure("%.1f%%", f.los * 100);
 }
 
 std::string sprtLine(const std::string& player, const std::string& opponent, const SprtSettings& sprt, double llr) {
-  return "# sprt " + player + " vs " + opponent + " (elo0 " + format("%g", sprt.elo0) + ", elo1 " +
-         format("%g", sprt.elo1) + ", alpha " + format("%g", sprt.alpha) + ", beta " + format("%g", sprt.beta) +
-         "): LLR " + format("%.2f", std::abs(llr) < 0.005 ? 0.0 : llr) + " in (" + format("%.2f", sprt.lowerBound()) +
-         ", " + format("%.2f", sprt.upperBound()) + ")";
+  return "# sprt " + player + " vs " + opponent + " (elo0 " + formatFigure("%g", sprt.elo0) + ", elo1 " +
+         formatFigure("%g", sprt.elo1) + ", alpha " + formatFigure("%g", sprt.alpha) + ", beta " + formatFigure("%g", sprt.beta) +
+         "): LLR " + formatFigure("%.2f", std::abs(llr) < 0.005 ? 0.0 : llr) + " in (" + formatFigure("%.2f", sprt.lowerBound()) +
+         ", " + formatFigure("%.2f", sprt.upperBound()) + ")";
 }
 
 }  // namespace kbuChess

@@ -8,25 +8,25 @@
 #include "chess/tourney/tourney_config.h"
 
 namespace kbuChess {
-namespace {
-
-constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
-
-std::string format(const char* pattern, double value) {
-  char text[32];
+std::string formatFigure(const char* pattern, double value) {
+  char text[40];
   std::snprintf(text, sizeof text, pattern, value);
   return text;
 }
+
+namespace {
+
+constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 
 std::string eloText(double elo) {
   if (std::isnan(elo)) return "-";
   if (std::isinf(elo)) return elo > 0 ? "+inf" : "-inf";
   const double rounded = std::round(elo);
-  return rounded == 0 ? "0" : format("%+.0f", rounded);
+  return rounded == 0 ? "0" : formatFigure("%+.0f", rounded);
 }
 
 std::string percentText(double ratio) {
-  return std::isnan(ratio) ? "-" : format("%.1f%%", ratio * 100);
+  return std::isnan(ratio) ? "-" : formatFigure("%.1f%%", ratio * 100);
 }
 
 std::string padLeft(const std::string& text, std::size_t width) {
@@ -97,9 +97,9 @@ std::vector<std::string> standingsTable(const std::vector<StandingRow>& rows, in
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const StandingRow& row = rows[i];
     if (i >= firstRanked && (i == firstRanked || rows[i - 1].points != row.points)) rank = i - firstRanked + 1;
-    const std::string error = std::isnan(row.eloError) ? "-" : format("%.0f", row.eloError);
+    const std::string error = std::isnan(row.eloError) ? "-" : formatFigure("%.0f", row.eloError);
     lines.push_back(line(i < firstRanked ? "-" : std::to_string(rank), row.name,
-                         {std::to_string(row.counts.games()), format("%.1f", row.points), percentText(row.score),
+                         {std::to_string(row.counts.games()), formatFigure("%.1f", row.points), percentText(row.score),
                           percentText(row.drawRatio), eloText(row.elo), error, percentText(row.los)}));
   }
   return lines;

@@ -20,6 +20,10 @@
 
 namespace kbuChess {
 
+// One number through a printf pattern ("%+.1f"): the figures of the standings
+// and of the pair statistics are written with it.
+std::string formatFigure(const char* pattern, double value);
+
 struct StandingRow {
   std::string name;
   GameCounts counts;

@@ -5,46 +5,49 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace kbuChess {
 namespace {
 
-TEST(GameRecordTest, ResultAndReasonTextsFollowTheirPrecedence) {
+// One row per event: its code, the result and reason texts and the points.
+// Undecided wins over everything, a draw over a decision, a decision over an abort.
+TEST(GameRecordTest, EachCodeGivesItsTextsAndPoints) {
   struct Case {
     std::uint32_t code;
-    const char* result;
-    const char* reason;
+    const char *result, *reason;
+    int white, black;
+    bool decided;
   };
   const Case cases[] = {
-      {0x0001, "?", "?"},
-      {0x0016, "1-0", "mate"},
-      {0x001A, "0-1", "mate"},
-      {0x002A, "0-1", "forfeit"},
-      {0x0026, "1-0", "forfeit"},
-      {0x0046, "1-0", "resign"},
-      {0x004A, "0-1", "resign"},
-      {0x0082, "1-0", "adjudication"},
-      {0x10280, "1/2-1/2", "adjudication: draw"},
-      {0x2008A, "0-1", "adjudication: resign"},
-      {0x40006, "1-0", "engine not ready"},
-      {0x010A, "0-1", "illegal move"},
-      {0x0600, "1/2-1/2", "50 moves"},
-      {0x0A00, "1/2-1/2", "triple repetition"},
-      {0x1200, "1/2-1/2", "stalemate"},
-      {0x2200, "1/2-1/2", "insufficient material"},
-      {0x4006, "1-0", "engine crashed"},
-      {0x8000, "*", "game aborted"},
-      {0x0000, "", ""},
-      // Undecided wins over everything, a draw over a decision, a decision over an abort.
-      {0x0217, "?", "?"},
-      {0x8202, "1/2-1/2", "game aborted"},
-      {0x800A, "0-1", "game aborted"},
-      {0x4130, "", "mate"},
-      {0x4120, "", "forfeit"},
-      {0x4100, "", "illegal move"},
+      {0x0001, "?", "?", 0, 0, false},
+      {0x0016, "1-0", "mate", 2, 0, true},
+      {0x001A, "0-1", "mate", 0, 2, true},
+      {0x002A, "0-1", "forfeit", 0, 2, true},
+      {0x0046, "1-0", "resign", 2, 0, true},
+      {0x0082, "1-0", "adjudication", 2, 0, true},
+      {0x10280, "1/2-1/2", "adjudication: draw", 1, 1, true},
+      {0x2008A, "0-1", "adjudication: resign", 0, 2, true},
+      {0x40006, "1-0", "engine not ready", 2, 0, true},
+      {0x010A, "0-1", "illegal move", 0, 2, true},
+      {0x0600, "1/2-1/2", "50 moves", 1, 1, true},
+      {0x0A00, "1/2-1/2", "triple repetition", 1, 1, true},
+      {0x1200, "1/2-1/2", "stalemate", 1, 1, true},
+      {0x2200, "1/2-1/2", "insufficient material", 1, 1, true},
+      {0x4006, "1-0", "engine crashed", 2, 0, true},
+      {0x8000, "*", "game aborted", 0, 0, false},
+      {0x0000, "", "", 0, 0, false},
+      {0x0217, "?", "?", 0, 0, false},
+      {0x8202, "1/2-1/2", "game aborted", 0, 0, false},
+      {0x800A, "0-1", "game aborted", 0, 0, false},
+      {0x4130, "", "mate", 0, 0, false},
+      {0x0004, "", "", 0, 0, false},
   };
   for (const Case& c : cases) {
-    EXPECT_EQ(resultText(c.code), c.result) << std::hex << c.code;
-    EXPECT_EQ(reasonText(c.code), c.reason) << std::hex << c.code;
+    const GamePoints points = gamePoints(c.code);
+    EXPECT_EQ(std::make_tuple(resultText(c.code), reasonText(c.code), points.white, points.black, points.decided),
+              std::make_tuple(std::string(c.result), std::string(c.reason), c.white, c.black, c.decided))
+        << std::hex << c.code;
   }
 }
 
@@ -52,54 +55,22 @@ TEST(GameRecordTest, CodesForClaimsLossesAndBoardEnds) {
   const std::pair<const char*, std::uint32_t> claims[] = {
       {"1/2-1/2", 0x0200}, {"1-0", 0x0006}, {"0-1", 0x000A}, {"?", 0x0001}, {"*", 0x8000}, {"1-0 ", 0}, {"", 0}};
   for (const auto& [text, code] : claims) EXPECT_EQ(claimCode(text), code) << text;
-
-  EXPECT_EQ(lossCode(WHITE, rc::FORFEIT), 0x002Au);
-  EXPECT_EQ(lossCode(BLACK, rc::FORFEIT), 0x0026u);
-  EXPECT_EQ(lossCode(WHITE, rc::ENGINE_CRASHED), 0x400Au);
-  EXPECT_EQ(lossCode(BLACK, rc::ENGINE_CRASHED), 0x4006u);
-  EXPECT_EQ(illegalMoveCode(WHITE), 0x010Au);
-  EXPECT_EQ(illegalMoveCode(BLACK), 0x0102u);
-  EXPECT_EQ(resultText(0x0102), "1-0");
-  // A resignation is scored for the side that resigned.
-  EXPECT_EQ(resignCode(WHITE), 0x0046u);
-  EXPECT_EQ(resignCode(BLACK), 0x004Au);
-
-  EXPECT_EQ(claimedResultCode("1/2-1/2 {draw by repetition}", WHITE), 0x0200u);
-  EXPECT_EQ(claimedResultCode("{agreed} 1/2-1/2", BLACK), 0x0200u);
-  EXPECT_EQ(claimedResultCode("0-1 {White resigns}", WHITE), 0x004Au);
-  EXPECT_EQ(claimedResultCode("1-0 {Black resigns}", BLACK), 0x0042u);
-  EXPECT_EQ(resultText(0x0042), "1-0");
-  // Wins claimed on one's own move are ignored, and so are words that only contain a result.
-  EXPECT_EQ(claimedResultCode("1-0 {White mates}", WHITE), 0u);
-  EXPECT_EQ(claimedResultCode("0-1 {Black mates}", BLACK), 0u);
-  EXPECT_EQ(claimedResultCode("1/2-1/2x", WHITE), 0u);
-  EXPECT_EQ(claimedResultCode("", BLACK), 0u);
-
-  EXPECT_EQ(gameEndCode(GameEnd::Mate, WHITE), 0x0016u);
-  EXPECT_EQ(gameEndCode(GameEnd::Mate, BLACK), 0x001Au);
-  EXPECT_EQ(gameEndCode(GameEnd::Stalemate, BLACK), 0x1200u);
-  EXPECT_EQ(gameEndCode(GameEnd::FiftyMoves, WHITE), 0x0600u);
-  EXPECT_EQ(gameEndCode(GameEnd::InsufficientMaterial, WHITE), 0x2200u);
-  EXPECT_EQ(gameEndCode(GameEnd::None, WHITE), 0u);
-}
-
-TEST(GameRecordTest, PointsComeFromTheMaskedCode) {
-  struct Case {
-    std::uint32_t code;
-    int white, black;
-    bool decided;
-  };
-  const Case cases[] = {
-      {0x0016, 2, 0, true},  {0x001A, 0, 2, true},  {0x0046, 2, 0, true},  {0x0042, 2, 0, true},  {0x400A, 0, 2, true},
-      {0x0A00, 1, 1, true},  {0x2200, 1, 1, true},  {0x8000, 0, 0, false}, {0x0001, 0, 0, false}, {0x0201, 0, 0, false},
-      {0x8002, 0, 0, false}, {0x0000, 0, 0, false}, {0x0004, 0, 0, false},
-  };
-  for (const Case& c : cases) {
-    const GamePoints points = gamePoints(c.code);
-    EXPECT_EQ(points.white, c.white) << std::hex << c.code;
-    EXPECT_EQ(points.black, c.black) << std::hex << c.code;
-    EXPECT_EQ(points.decided, c.decided) << std::hex << c.code;
-  }
+  EXPECT_EQ(std::vector<std::uint32_t>({lossCode(WHITE, rc::FORFEIT), lossCode(BLACK, rc::ENGINE_CRASHED),
+                                        illegalMoveCode(BLACK), resignCode(WHITE), resignCode(BLACK)}),
+            std::vector<std::uint32_t>({0x002A, 0x4006, 0x0102, 0x0046, 0x004A}));
+  // A resignation is scored for the side that resigned; wins claimed on one's
+  // own move are ignored, and so are words that only contain a result.
+  const std::tuple<const char*, Colour, std::uint32_t> claimed[] = {
+      {"1/2-1/2 {draw by repetition}", WHITE, 0x0200}, {"{agreed} 1/2-1/2", BLACK, 0x0200},
+      {"0-1 {White resigns}", WHITE, 0x004A},           {"1-0 {Black resigns}", BLACK, 0x0042},
+      {"1-0 {White mates}", WHITE, 0},                  {"0-1 {Black mates}", BLACK, 0},
+      {"1/2-1/2x", WHITE, 0},                           {"", BLACK, 0}};
+  for (const auto& [text, side, code] : claimed) EXPECT_EQ(claimedResultCode(text, side), code) << text;
+  EXPECT_EQ(std::vector<std::uint32_t>({gameEndCode(GameEnd::Mate, WHITE), gameEndCode(GameEnd::Mate, BLACK),
+                                        gameEndCode(GameEnd::Stalemate, BLACK), gameEndCode(GameEnd::FiftyMoves, WHITE),
+                                        gameEndCode(GameEnd::InsufficientMaterial, WHITE),
+                                        gameEndCode(GameEnd::None, WHITE)}),
+            std::vector<std::uint32_t>({0x0016, 0x001A, 0x1200, 0x0600, 0x2200, 0}));
 }
 
 using Tags = std::vector<clsGame::Tag>;

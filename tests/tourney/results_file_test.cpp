@@ -1,13 +1,11 @@
 // The tournament results file: exact bytes written, the round trip, bad
-// lines reported by number and skipped, and the registry of this process.
+// lines reported by number and skipped.
 #include "chess/tourney/results_file.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <fstream>
 #include <string>
-#include <thread>
 
 #include "tests/tourney/tourney_test_util.h"
 
@@ -85,20 +83,6 @@ TEST_F(ResultsFileTest, OtherFilesAreRefused) {
   write("");
   EXPECT_FALSE(readResultsFile(path_, rows, problems));
   EXPECT_EQ(rows.size(), 0u);
-}
-
-TEST_F(ResultsFileTest, RegistryKeepsEachFileOnceFromAnyThread) {
-  const std::size_t before = resultsFilesOfThisProcess().size();
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([t] {
-      for (int i = 0; i < 50; ++i) registerResultsFile("/tmp/registry_" + std::to_string((t + i) % 10) + ".tsv");
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  const Lines files = resultsFilesOfThisProcess();
-  EXPECT_EQ(files.size(), before + 10);
-  EXPECT_EQ(std::count(files.begin(), files.end(), "/tmp/registry_3.tsv"), 1);
 }
 
 }  // namespace

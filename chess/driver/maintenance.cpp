@@ -181,7 +181,7 @@ void clsTalvena::runLearning(const LearningSettings& given) {
 }
 
 int clsTalvena::cmdPlay(const std::string& rest) {
-  return commandPlay(rest, soulLine(Soul{engine_.soulName(), engine_.soulValues()}), *this);
+  return commandPlay(rest, soulText(Soul{engine_.soulName(), engine_.soulValues()}), *this);
 }
 
 }  // namespace kbuChess

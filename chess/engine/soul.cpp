@@ -1,6 +1,10 @@
 #include "chess/engine/soul.h"
 
+#include <charconv>
+#include <cstdint>
+#include <limits>
 #include <string_view>
+#include <vector>
 
 #include "base/random.h"
 #include "base/text.h"
@@ -16,22 +20,79 @@ const char* const SOUL_PRESETS[6] = {
     "Manticore617=33 24 2 36 57 33 45 35 56 21 44 42 27 91 34 91 4 59 44 5 10",
 };
 
-Soul parseSoul(const std::string& text) {
-  Soul soul;
-  const std::size_t equals = text.find('=');
-  soul.name = text.substr(0, equals);
-  const std::string rest = equals == std::string::npos ? std::string() : text.substr(equals + 1);
-  // Every single space ends a field, so two spaces in a row make an empty field
-  // (0); fields past the end of the text stay 0.
-  std::size_t at = 0;
-  for (int i = 0; i < SOUL_SIZE && at <= rest.size(); ++i) {
-    std::size_t space = rest.find(' ', at);
-    if (space == std::string::npos) space = rest.size();
-    const std::string_view field = std::string_view(rest).substr(at, space - at);
-    soul.values[i] = static_cast<i32>(kobubase::readClamped(field, -SOUL_WEIGHT_LIMIT, SOUL_WEIGHT_LIMIT));
+namespace {
+
+// The fields after "=": every single space ends one, so two spaces in a row
+// make an empty field.
+std::vector<std::string_view> soulFields(std::string_view values) {
+  std::vector<std::string_view> fields;
+  for (std::size_t at = 0;;) {
+    const std::size_t space = values.find(' ', at);
+    fields.push_back(values.substr(at, space == std::string_view::npos ? std::string_view::npos : space - at));
+    if (space == std::string_view::npos) return fields;
     at = space + 1;
   }
+}
+
+// A whole field holding one integer (an optional sign, then digits only).
+bool readStrictValue(std::string_view field, i32& value) {
+  if (!field.empty() && field.front() == '+') field.remove_prefix(1);
+  std::int64_t read = 0;
+  const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), read);
+  if (field.empty() || error != std::errc() || end != field.data() + field.size()) return false;
+  if (read < std::numeric_limits<i32>::min() || read > std::numeric_limits<i32>::max()) return false;
+  value = static_cast<i32>(read);
+  return true;
+}
+
+bool readStrict(std::string_view text, Soul& soul, std::string& why) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string_view::npos || equals == 0 || text.find(' ') < equals) {
+    why = "not a soul (NAME=v1 ... v21)";
+    return false;
+  }
+  const std::vector<std::string_view> fields = soulFields(text.substr(equals + 1));
+  if (fields.size() != SOUL_SIZE) {
+    why = "a soul needs 21 values, found " + std::to_string(fields.size());
+    return false;
+  }
+  for (int i = 0; i < SOUL_SIZE; ++i) {
+    if (!readStrictValue(fields[i], soul.values[i])) {
+      why = "value " + std::to_string(i + 1) + " is not a number: \"" + std::string(fields[i]) + "\"";
+      return false;
+    }
+  }
+  soul.name = std::string(text.substr(0, equals));
+  return true;
+}
+
+}  // namespace
+
+bool readSoul(std::string_view text, SoulReading reading, Soul& soul, std::string& why) {
+  if (reading == SoulReading::STRICT) return readStrict(text, soul, why);
+  const std::size_t equals = text.find('=');
+  soul = Soul{std::string(text.substr(0, equals)), {}};
+  if (equals == std::string_view::npos) return true;
+  const std::vector<std::string_view> fields = soulFields(text.substr(equals + 1));
+  for (std::size_t i = 0; i < SOUL_SIZE && i < fields.size(); ++i)
+    soul.values[i] = static_cast<i32>(kobubase::readClamped(fields[i], -SOUL_WEIGHT_LIMIT, SOUL_WEIGHT_LIMIT));
+  return true;
+}
+
+Soul parseSoul(std::string_view text) {
+  Soul soul;
+  std::string unused;
+  readSoul(text, SoulReading::LENIENT, soul, unused);
   return soul;
+}
+
+std::string soulText(const Soul& soul) {
+  std::string text = soul.name + "=";
+  for (int i = 0; i < SOUL_SIZE; ++i) {
+    if (i > 0) text += ' ';
+    text += std::to_string(soul.values[i]);
+  }
+  return text;
 }
 
 std::string soulValuesText(const SoulValues& values) {

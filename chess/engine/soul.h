@@ -3,6 +3,7 @@
 // castling bonus. Text form: NAME=v1 v2 ... v21.
 #include <array>
 #include <string>
+#include <string_view>
 
 #include "base/random.h"
 #include "chess/board/types.h"
@@ -26,10 +27,23 @@ inline constexpr i32 SOUL_WEIGHT_LIMIT = 100000;
 extern const char* const SOUL_PRESETS[6];
 inline constexpr const char* DEFAULT_SOUL = "Simple5";
 
-// Parses "NAME=v1 v2 ..." : fields split at single spaces, missing ones 0,
-// each held within +-SOUL_WEIGHT_LIMIT.
-Soul parseSoul(const std::string& text);
-// The 21 values, each followed by a tab.
+// How a soul text is read. LENIENT takes whatever a person typed (command
+// line, console, tournament parameters): the name is what stands before "=",
+// every single space ends a field (two in a row make an empty one), a field
+// is read by its leading digits, missing fields are 0 and extra ones ignored.
+// STRICT is for files: a non-empty name without blanks, "=", then exactly 21
+// integers separated by single blanks; anything else is refused with the
+// reason in `why`; its values are kept as written, so a file is rewritten
+// byte for byte (a soul from a file reaches an engine through its lenient
+// text, which holds every weight within +-SOUL_WEIGHT_LIMIT).
+enum class SoulReading { LENIENT, STRICT };
+bool readSoul(std::string_view text, SoulReading reading, Soul& soul, std::string& why);
+// The lenient reading, which never fails.
+Soul parseSoul(std::string_view text);
+// "NAME=v1 v2 ... v21" with single blanks: the form soul files and the
+// commands that hand a soul on use.
+std::string soulText(const Soul& soul);
+// The 21 values, each followed by a tab: the form the soul command prints.
 std::string soulValuesText(const SoulValues& values);
 // Crossover with mutation from `other` into `values`, drawing from the shared random source.
 void breedSoul(SoulValues& values, const SoulValues& other);

@@ -111,7 +111,7 @@ int clsLearning::runGenerations(std::vector<Soul> population) {
     population.clear();
     ++completed;
   }
-  if (!file_.empty()) out_.print("# learning done, best soul " + soulLine(file_.last().souls.front()));
+  if (!file_.empty()) out_.print("# learning done, best soul " + soulText(file_.last().souls.front()));
   return completed;
 }
 

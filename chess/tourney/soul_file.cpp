@@ -71,7 +71,7 @@ class clsSoulFileReader {
     ++soulLines_;
     Soul soul;
     std::string why;
-    if (!readSoulLine(text, soul, why)) {
+    if (!readSoul(text, SoulReading::STRICT, soul, why)) {
       problem(number, why);
       return;
     }
@@ -121,36 +121,6 @@ class clsSoulFileReader {
 
 }  // namespace
 
-std::string soulLine(const Soul& soul) {
-  std::string line = soul.name + "=";
-  for (int i = 0; i < SOUL_SIZE; ++i) {
-    if (i > 0) line += ' ';
-    line += std::to_string(soul.values[i]);
-  }
-  return line;
-}
-
-bool readSoulLine(const std::string& line, Soul& soul, std::string& why) {
-  const std::size_t equals = line.find('=');
-  if (equals == std::string::npos || equals == 0 || line.find(' ') < equals) {
-    why = "not a soul (NAME=v1 ... v21)";
-    return false;
-  }
-  const std::vector<std::string> fields = splitBlanks(line.substr(equals + 1));
-  if (fields.size() != SOUL_SIZE) {
-    why = "a soul needs 21 values, found " + std::to_string(fields.size());
-    return false;
-  }
-  for (int i = 0; i < SOUL_SIZE; ++i) {
-    if (!readInt(fields[i], soul.values[i])) {
-      why = "value " + std::to_string(i + 1) + " is not a number: \"" + fields[i] + "\"";
-      return false;
-    }
-  }
-  soul.name = line.substr(0, equals);
-  return true;
-}
-
 std::string soulFileText(const SoulFile& file) {
   std::string text = file.readText;
   if (!text.empty() && text.back() != '\n') text += '\n';
@@ -165,7 +135,7 @@ std::string soulFileText(const SoulFile& file) {
       }
       text += '\n';
     }
-    for (const Soul& soul : generation.souls) text += soulLine(soul) + '\n';
+    for (const Soul& soul : generation.souls) text += soulText(soul) + '\n';
   }
   return text;
 }

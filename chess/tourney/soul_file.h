@@ -49,13 +49,6 @@ struct SoulFile {
   }
 };
 
-// "NAME=v1 ... v21" with single blanks, the file's form of a soul.
-std::string soulLine(const Soul& soul);
-// Reads one soul line strictly: a non-empty name without blanks, "=", then
-// exactly 21 integers separated by single blanks. Otherwise returns false and
-// says why in `why`.
-bool readSoulLine(const std::string& line, Soul& soul, std::string& why);
-
 // The whole file as text: the text read, then the generations added since.
 std::string soulFileText(const SoulFile& file);
 // Parses text; refused lines are reported in file.problems with `source` and

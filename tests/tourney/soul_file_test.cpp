@@ -96,13 +96,14 @@ TEST(SoulFile, SystemErrorsAreReportedAsLines) {
 TEST(SoulFile, SoulLinesAreStrict) {
   Soul soul;
   std::string why;
-  EXPECT_TRUE(readSoulLine("N=+1 -2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21", soul, why));
+  EXPECT_TRUE(readSoul("N=+1 -2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21", SoulReading::STRICT, soul, why));
   EXPECT_EQ(soul.values[0], 1);
   EXPECT_EQ(soul.values[1], -2);
-  EXPECT_EQ(soulLine(soul), "N=1 -2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21");
-  EXPECT_FALSE(readSoulLine("N=1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 2147483648", soul, why));
+  EXPECT_EQ(soulText(soul), "N=1 -2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21");
+  EXPECT_FALSE(
+      readSoul("N=1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 2147483648", SoulReading::STRICT, soul, why));
   EXPECT_EQ(why, "value 21 is not a number: \"2147483648\"");
-  EXPECT_FALSE(readSoulLine("N=1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 ", soul, why));
+  EXPECT_FALSE(readSoul("N=1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 ", SoulReading::STRICT, soul, why));
   EXPECT_EQ(why, "a soul needs 21 values, found 22");
 }
 

@@ -11,11 +11,11 @@
 #include <sstream>
 #include <thread>
 
+#include "base/command_result.h"
 #include "base/file_io.h"
 #include "base/interrupt.h"
 #include "base/text.h"
 #include "chess/book/book_file.h"
-#include "base/command_result.h"
 #include "chess/tourney/pgn_output.h"
 #include "chess/tourney/results_file.h"
 #include "chess/tourney/standings.h"
@@ -507,24 +507,23 @@ std::string shardFromEnvironment() {
 }
 
 int commandTourney(const std::string& words, kobubase::clsOutBuffer& out, bool* refused) {
-  // Trailing words "resume" and "shard=K/N" follow the file's name.
-  std::string args = words, shard;
+  // Trailing words "resume" and "shard=K/N" follow the file's name. The name
+  // may be quoted; unquoted, its words are taken together as they were before
+  // quoting was known, so "\tourney my events/a.xml" still finds its file.
+  std::vector<std::string> args = kobubase::splitArguments(words);
+  std::string shard;
   bool resume = false;
-  for (;;) {
-    const std::size_t blank = args.rfind(' ');
-    if (blank == std::string::npos) break;
-    const std::string last = args.substr(blank + 1);
-    if (last == "resume") {
+  for (; args.size() > 1; args.pop_back()) {
+    if (args.back() == "resume") {
       resume = true;
-    } else if (last.rfind("shard=", 0) == 0) {
-      shard = last.substr(6);
+    } else if (args.back().rfind("shard=", 0) == 0) {
+      shard = args.back().substr(6);
     } else {
       break;
     }
-    args.resize(blank);
   }
-  const std::string file =
-      args.size() >= 2 && args.front() == '"' && args.back() == '"' ? args.substr(1, args.size() - 2) : args;
+  std::string file;
+  for (const std::string& word : args) file += (file.empty() ? "" : " ") + word;
   if (file.empty()) {
     out.print("# talvena -use=tourney -ini=tourney_file.xml");
     return CMD_PRINTED;

@@ -4,8 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
 #include <tuple>
+
+#include "base/output.h"
+#include "chess/tourney/tourney.h"
+#include "tests/common/test_files.h"
 
 namespace kbuChess {
 namespace {
@@ -78,13 +83,10 @@ TEST(TourneyConfigTest, DefaultsAndExactComparisons) {
        "'' type 0 rounds 1 threads 1 log '' clock 0/60000+0 openings 'my.sbk' 8"},
       {R"(<tourney name="a/b"><options><logfolder>logs/</logfolder></options></tourney>)",
        "'a/b' type 0 rounds 1 threads 1 log 'logs/a_b.log' clock 0/60000+0 openings '' 0"},
-      {"<tourney><options><logfolder>out</logfolder></options></tourney>",
-       "'' type 0 rounds 1 threads 1 log 'out/tourney.log' clock 0/60000+0 openings '' 0"},
       // Unknown elements and attributes are ignored; names and flags compare exactly.
       {R"(<tourney colour="blue"><music/><options><speed>9</speed></options></tourney>)",
        "'' type 0 rounds 1 threads 1 log '' clock 0/60000+0 openings '' 0"},
       {R"(<tourney type="Gauntlet"/>)", "'' type 0 rounds 1 threads 1 log '' clock 0/60000+0 openings '' 0"},
-      {R"(<tourney type="round robin"/>)", "'' type 0 rounds 1 threads 1 log '' clock 0/60000+0 openings '' 0"},
       {R"(<tourney type="learning"/>)", "'' type 2 rounds 1 threads 1 log '' clock 0/60000+0 openings '' 0"},
       {R"(<tourney><engines><engine active="TRUE" name="Caps" protocol="embedded"/>
           <engine name="NoFlag" protocol="embedded"/><engine active="true" name="On" protocol="embedded"/>
@@ -213,8 +215,6 @@ TEST(TourneyConfigTest, HeaderTagsAndFileNames) {
   EXPECT_EQ(headerTagProblem("9x", "v"), "a tag name begins with a letter");
   EXPECT_EQ(headerTagProblem("Opening_2", "Sicilian Kobu"), "the word Kobu marks the program's own tags");
   EXPECT_EQ(headerTagProblem("Opening_2", "Sicilian"), "");
-  EXPECT_EQ(joinPath("", "x.pgn"), "x.pgn");
-  EXPECT_EQ(joinPath("a", "x.pgn"), "a/x.pgn");
   EXPECT_EQ(fileNamePart("x\ty\\z"), "x_y_z");
 }
 
@@ -225,6 +225,23 @@ TEST(TourneyConfigTest, TheExampleFileIsAGauntletOfThree) {
             " openings '' 0 | Simple5 embedded '' 'Simple5' | Mass161 embedded '' 'Mass161'"
             " | Fairy-Max xboard '/usr/games/fairymax' '' [Site Talvena workbench]");
   EXPECT_EQ(messages, Lines{});
+}
+
+// "\tourney" takes the file's name quoted or plain, blanks and all, before its option words.
+TEST(TourneyConfigTest, CommandFindsANameWithBlanksQuotedOrNot) {
+  const testFiles::TempFolder folder;
+  std::filesystem::create_directory(folder.path / "my events");
+  testFiles::writeText(folder.file("my events/bad.xml"), "not xml");
+  for (const std::string& args :
+       {"\"" + folder.file("my events/bad.xml") + "\" resume shard=0/2", folder.file("my events/bad.xml")}) {
+    kobubase::clsOutBuffer out;
+    out.setEcho(false);
+    out.setKeep(true);
+    commandTourney(args, out);
+    EXPECT_EQ(out.takeAll(), (Lines{"# starting tourney...", "# wait please...",
+                                    "# tourney file is not XML: No document element found at byte 7"}))
+        << args;
+  }
 }
 
 }  // namespace

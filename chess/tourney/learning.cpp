@@ -2,13 +2,8 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <ctime>
-#include <exception>
-#include <mutex>
-#include <numeric>
-#include <thread>
 
 #include "base/text.h"
 #include "base/thread.h"

@@ -57,4 +57,14 @@ TEST(LearnInterrupt, QuestionMarkEndOfInputAndCtrlCEndALearningRun) {
   std::filesystem::remove_all(folder);
 }
 
+// A refused slice or breed ends -use=learn with exit status 1.
+TEST(LearnSlicesE2e, ARefusalEndsWithStatusOne) {
+  const std::string missing = testing::TempDir() + "talvena-no-such.souls";
+  EngineProcess talvena(TALVENA_BIN, {"-use=learn", missing, "-generation=1", "-shard=0/2"});
+  const std::vector<std::string> lines = talvena.readUntil("# learn: ", 30000);
+  ASSERT_TRUE(talvena.found());
+  EXPECT_EQ(lines.back(), "# learn: soul file " + missing + " not found");
+  EXPECT_EQ(talvena.waitExit(10000), 1);
+}
+
 }  // namespace

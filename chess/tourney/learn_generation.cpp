@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <map>
 #include <mutex>
 #include <numeric>
 #include <set>
@@ -51,6 +52,11 @@ std::vector<LearnGame> gamesToPlay(const SoulGeneration& generation, const Learn
 bool playGenerationSlice(const SoulGeneration& generation, LearnSlice& slice, clsLearningGames& games,
                          clsOpenings& openings, const std::atomic<bool>& stop, std::string& failure) {
   const std::vector<LearnGame> todo = gamesToPlay(generation, slice);
+  // Drawn here, before the games start: an opening source is not shared between threads.
+  std::map<std::int64_t, std::vector<std::string>> openingOfPair;
+  for (const LearnGame& game : todo) {
+    if (openingOfPair.count(game.pair) == 0) openingOfPair[game.pair] = openings.lineOfPair(generation.seed, game.pair);
+  }
   std::atomic<std::size_t> next{0};
   std::atomic<bool> failed{false};
   std::atomic<int> unfinished{0};
@@ -60,7 +66,7 @@ bool playGenerationSlice(const SoulGeneration& generation, LearnSlice& slice, cl
       const LearnGame& game = todo[k];
       const Soul& white = generation.souls[static_cast<std::size_t>(game.white)];
       const Soul& black = generation.souls[static_cast<std::size_t>(game.black)];
-      const std::vector<std::string> opening = openings.lineOfPair(generation.seed, game.pair);
+      const std::vector<std::string>& opening = openingOfPair.at(game.pair);
       const std::int64_t started = kobubase::nowMs();
       GameOutcome outcome;
       try {

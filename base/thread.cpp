@@ -14,6 +14,25 @@ std::int64_t nowMs() {
 
 void sleepMs(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
 
+bool runStoppable(const std::function<void()>& work, const std::function<bool()>& wanted,
+                  const std::function<void()>& stop) {
+  std::atomic<bool> done{false}, stopped{false};
+  std::thread watcher([&] {
+    while (!done.load()) {
+      if (wanted()) {
+        stopped.store(true);
+        stop();
+        return;
+      }
+      sleepMs(10);
+    }
+  });
+  work();
+  done.store(true);
+  watcher.join();
+  return stopped.load();
+}
+
 clsMutex::clsMutex() = default;
 
 clsMutex::~clsMutex() = default;

@@ -7,6 +7,7 @@
 // objects. Two validity markers guard against running a destroyed object.
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -112,5 +113,11 @@ class clsTimer {
 // Milliseconds of a steady clock; the one clock the driver and timers read.
 std::int64_t nowMs();
 void sleepMs(int ms);
+
+// Runs `work` on this thread while a watcher thread asks `wanted` every
+// 10 ms; the first time it answers true, the watcher calls `stop` (once) so
+// that the work can wind down. Returns whether `stop` was called.
+bool runStoppable(const std::function<void()>& work, const std::function<bool()>& wanted,
+                  const std::function<void()>& stop);
 
 }  // namespace kobubase

@@ -31,6 +31,11 @@ const char* const USAGE =
     "  -resume              with -use=tourney: continue the event's latest run\n"
     "  -shard=K/N           with -use=tourney: play slice K (0 to N-1) of the game pairs\n"
     "  -use=merge FILES     print the figures of results files of one event together\n"
+    "  -use=learn FILE -generation=G [-shard=K/N] [-threads=T]\n"
+    "                       play slice K of generation G of the soul file FILE\n"
+    "  -use=learn FILE -breed [-souls=E -ms=M -moves=X -seed=S]\n"
+    "                       rank and breed the generation played in slices (the first\n"
+    "                       time: make the first generation ready to play)\n"
     "  -random              play a random root move after a two-ply search\n"
     "  -timed               with -random: search without the two-ply limit\n"
     "  -proportional[=P]    with -random: take moves in score order, each with P%\n"
@@ -43,7 +48,7 @@ const char* const USAGE =
 
 // Options given without a value that the program knows.
 bool knownFlag(const std::string& name) {
-  static const char* const flags[] = {"-random", "-timed", "-proportional", "-resume"};
+  static const char* const flags[] = {"-random", "-timed", "-proportional", "-resume", "-breed"};
   return std::any_of(std::begin(flags), std::end(flags), [&](const char* flag) { return name == flag; });
 }
 
@@ -61,7 +66,8 @@ int main(int argc, char** argv) {
       return 0;
     }
   }
-  const bool merging = options.get("-use") == "merge";  // its files are given without a name
+  // The files of a merge or a learning run are given without a name.
+  const bool merging = options.get("-use") == "merge" || options.get("-use") == "learn";
   for (const std::string& name : options.bareNames()) {
     if (!knownFlag(name) && !(merging && name.rfind('-', 0) != 0))
       std::printf("# ignoring argument %s: options are name=value, see --help\n", name.c_str());

@@ -1,10 +1,14 @@
 // The backslash commands: the author's console beside the xboard dialogue.
+#include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <thread>
 
 #include "base/file_io.h"
+#include "base/interrupt.h"
 #include "chess/book/book_commands.h"
 #include "chess/driver/talvena.h"
+#include "chess/tourney/learn_slices.h"
 #include "chess/tourney/learning.h"
 #include "chess/tourney/merge.h"
 #include "chess/tourney/play_game.h"
@@ -149,8 +153,7 @@ int clsTalvena::cmdLearn(const std::string& rest) {
     return CMD_PRINTED;
   }
   learning_ = settings;
-  runLearning(settings);
-  return CMD_PRINTED;
+  return runLearning(settings);
 }
 
 // "\learnt": one more generation on the soul file of the last "\learn" (by
@@ -160,11 +163,12 @@ int clsTalvena::cmdLearnt(const std::string&) {
   LearningSettings settings = learning_;
   settings.generations = 1;
   settings.enginesCount = 0;
-  runLearning(settings);
-  return CMD_PRINTED;
+  return runLearning(settings);
 }
 
-void clsTalvena::runLearning(const LearningSettings& given) {
+// The run stops after its running games when Ctrl-C comes (the program then
+// ends) or when "?", "quit" or the end of input waits in the input.
+int clsTalvena::runLearning(const LearningSettings& given) {
   LearningSettings settings = given;
   settings.threads =
       static_cast<int>(kobubase::clampTo(std::thread::hardware_concurrency(), 1, LearningSettings::MAX_THREADS));
@@ -177,7 +181,56 @@ void clsTalvena::runLearning(const LearningSettings& given) {
   clsBookOpenings bookOpenings(book_, settings.openingPlies);
   clsOpenings& openings = book_.empty() ? static_cast<clsOpenings&>(randomOpenings) : bookOpenings;
   clsLearning learning(settings, games, openings, *this);
-  learning.run();
+  const kobubase::clsInterruptGuard interrupts;
+  const auto wanted = [this] {
+    return kobubase::clsInterruptGuard::requested() || (reader_ && reader_->anyQueued([](const std::string& line) {
+             return wordAt(line, 0) == "?" || wordAt(line, 0) == "quit";
+           }));
+  };
+  kobubase::runStoppable([&] { learning.run(); }, wanted, [&] { learning.requestStop(); });
+  return kobubase::clsInterruptGuard::requested() ? CMD_QUIT : CMD_PRINTED;
+}
+
+// "-use=learn FILE -generation=G [-shard=K/N] [-threads=T]" plays a slice of
+// a generation; "-use=learn FILE -breed [-souls=E -ms=M -moves=X -seed=S]"
+// breeds the generation played (the numbers make the first one ready).
+bool clsTalvena::runLearnSlices() {
+  std::string file;
+  bool breed = false;
+  for (const std::string& name : options_.bareNames()) {
+    if (name == "-breed") breed = true;
+    if (name.rfind('-', 0) != 0 && file.empty()) file = name;
+  }
+  if (file.empty() || breed == options_.has("-generation")) {
+    print(LEARN_SLICES_USAGE);
+    return false;
+  }
+  const auto number = [this](const char* name, std::int64_t low, std::int64_t high, std::int64_t absent) {
+    return options_.has(name) ? kobubase::readClamped(options_.get(name), low, high) : absent;
+  };
+  if (breed) {
+    PlaySettings play;
+    play.enginesCount =
+        static_cast<int>(number("-souls", LearningSettings::MIN_ENGINES, LearningSettings::MAX_ENGINES, 0));
+    play.msPerMove = static_cast<int>(number("-ms", 1, LearningSettings::MAX_MS_PER_MOVE, play.msPerMove));
+    play.maxMoves = static_cast<int>(number("-moves", 1, LearningSettings::MAX_MOVES, play.maxMoves));
+    const auto seed = static_cast<std::uint64_t>(number("-seed", 0, INT64_MAX, 0));
+    return breedLearnSlices(file, play, seed, *this);
+  }
+  const LearnSliceRequest request{file, options_.get("-generation"),
+                                  options_.has("-shard") ? options_.get("-shard") : shardFromEnvironment(),
+                                  static_cast<int>(number("-threads", 1, LearningSettings::MAX_THREADS, 1))};
+  clsTourneyLearningGames games;
+  std::atomic<bool> stop{false};
+  const kobubase::clsInterruptGuard interrupts;
+  bool played = false;
+  kobubase::runStoppable([&] { played = playLearnSlice(request, games, book_, stop, *this); },
+                         [] { return kobubase::clsInterruptGuard::requested(); },
+                         [&] {
+                           stop.store(true);
+                           games.stop();
+                         });
+  return played;
 }
 
 int clsTalvena::cmdPlay(const std::string& rest) {

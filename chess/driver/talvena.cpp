@@ -72,6 +72,8 @@ void clsTalvena::run() {
       files += " \"" + quoted + "\"";
     }
     execute("\\merge" + files);
+  } else if (options_.get("-use") == "learn") {
+    if (!runLearnSlices()) exitStatus_ = 1;
   } else {
     if (!options_.get("-load").empty()) execute("\\loadsoul " + options_.get("-load"));
     runLoop();

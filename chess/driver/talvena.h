@@ -195,7 +195,8 @@ class clsTalvena : public kobubase::clsThread, public kobubase::clsOutBuffer {
   int cmdCvBooks(const std::string& rest);
   int cmdLearn(const std::string& rest);
   int cmdLearnt(const std::string& rest);
-  void runLearning(const LearningSettings& settings);
+  int runLearning(const LearningSettings& settings);
+  bool runLearnSlices();
   int cmdPlay(const std::string& rest);
   int cmdConsole(const std::string& rest);
   void printMoveList();

@@ -15,11 +15,13 @@
 // run continues after the last one written. A missing file starts from the six
 // presets, and from breeds of them when more souls are asked for.
 //
-// Games are played through clsLearningGames, which the caller provides (the
-// tournament's game loop, or an engine-against-engine runner); they run on up
-// to `threads` threads. All random draws (openings, parents, breeding) come
-// from one generator seeded from the settings, so a run with a fixed seed and
-// a deterministic game runner repeats byte for byte.
+// Each generation is played and bred by the steps of learn_generation.h, as
+// one slice of one machine. Games are played through clsLearningGames, which
+// the caller provides (the tournament's game loop, or an engine-against-engine
+// runner); they run on up to `threads` threads. All random draws (openings,
+// parents, breeding) come from the generation's seed, which follows from the
+// settings' seed, so a run with a fixed seed and a deterministic game runner
+// repeats byte for byte.
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -35,6 +37,8 @@
 namespace kbuChess {
 
 inline constexpr const char* LEARN_USAGE = "# learn file generations engines_count ms_per_move max_moves";
+inline constexpr const char* LEARN_SLICES_USAGE =
+    "# talvena -use=learn FILE -generation=G [-shard=K/N] [-threads=T], or -use=learn FILE -breed";
 inline constexpr const char* DEFAULT_SOUL_FILE = "talvena.souls";
 
 struct LearningSettings {
@@ -95,27 +99,14 @@ class clsLearning {
   const SoulFile& soulFile() const { return file_; }
 
  private:
-  struct Pairing {
-    int white;
-    int black;
-    std::size_t opening;
-  };
-
   bool loadFile();
-  std::vector<Soul> nextPopulation(int number);
-  Soul breed(const std::vector<Soul>& parents, const std::vector<Soul>& population, int number, int index);
-  bool playGeneration(const std::vector<Soul>& population, std::vector<int>& scores, int& games);
-  void playGames(const std::vector<Soul>& population, const std::vector<Pairing>& pairings,
-                 const std::vector<std::vector<std::string>>& openings, std::vector<GameOutcome>& outcomes);
-  SoulGeneration rank(const std::vector<Soul>& population, const std::vector<int>& scores, int number, int games);
-  void report(const SoulGeneration& generation, std::int64_t elapsedMs);
   int runGenerations(std::vector<Soul> population);
 
   LearningSettings settings_;
   clsLearningGames& games_;
   clsOpenings& openings_;
   kobubase::clsOutBuffer& out_;
-  kobubase::clsRandom random_;
+  std::uint64_t seed_ = 0;  // of the next generation
   SoulFile file_;
   std::atomic<bool> stop_{false};
   std::string failure_;

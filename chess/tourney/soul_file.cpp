@@ -32,9 +32,31 @@ std::vector<std::string> splitBlanks(const std::string& text) {
   }
 }
 
+// "N to play seed S ms_per_move M max_moves X opening_plies P" of a generation to play.
+bool readToPlayLine(const std::vector<std::string>& words, SoulGeneration& generation) {
+  static const char* const keys[] = {"to", "play", "seed", "", "ms_per_move", "", "max_moves", "", "opening_plies"};
+  if (words.size() != 11) return false;
+  for (std::size_t i = 0; i < std::size(keys); ++i) {
+    if (*keys[i] != '\0' && words[i + 1] != keys[i]) return false;
+  }
+  i32 number = 0, ms = 0, moves = 0, plies = 0;
+  const auto [end, ec] = std::from_chars(words[4].data(), words[4].data() + words[4].size(), generation.seed);
+  if (ec != std::errc() || end != words[4].data() + words[4].size() || !readInt(words[0], number) || number <= 0 ||
+      !readInt(words[6], ms) || ms <= 0 || !readInt(words[8], moves) || moves <= 0 || !readInt(words[10], plies) ||
+      plies < 0)
+    return false;
+  generation.number = number;
+  generation.toPlay = true;
+  generation.msPerMove = ms;
+  generation.maxMoves = moves;
+  generation.openingPlies = plies;
+  return true;
+}
+
 // "# generation N games G scores S1 ... Sn" into the generation's header fields.
 bool readGenerationLine(const std::string& line, SoulGeneration& generation) {
   const std::vector<std::string> words = splitBlanks(line.substr(GENERATION_PREFIX.size()));
+  if (words.size() > 1 && words[1] == "to") return readToPlayLine(words, generation);
   if (words.size() < 4 || words[1] != "games" || words[3] != "scores") return false;
   i32 number = 0, games = 0;
   if (!readInt(words[0], number) || number <= 0 || !readInt(words[2], games) || games < 0) return false;
@@ -60,7 +82,10 @@ class clsSoulFileReader {
       closeBlock();
       SoulGeneration generation;
       if (!readGenerationLine(text, generation)) {
-        problem(number, "not a generation line (# generation N games G scores S1 ... Sn)");
+        const bool toPlay = splitBlanks(text).size() > 3 && splitBlanks(text)[3] == "to";
+        problem(number, toPlay ? "not a generation to play (# generation N to play seed S ms_per_move M max_moves X "
+                                 "opening_plies P)"
+                               : "not a generation line (# generation N games G scores S1 ... Sn)");
         generation = SoulGeneration{};
       }
       open(generation, number);
@@ -82,7 +107,7 @@ class clsSoulFileReader {
 
   void closeBlock() {
     if (!open_) return;
-    if (block_.number > 0) {
+    if (block_.played()) {
       if (declared_.size() != static_cast<std::size_t>(soulLines_)) {
         problem(headerLine_, "generation " + std::to_string(block_.number) + " lists " +
                                  std::to_string(declared_.size()) + " scores for " + std::to_string(soulLines_) +
@@ -126,7 +151,11 @@ std::string soulFileText(const SoulFile& file) {
   if (!text.empty() && text.back() != '\n') text += '\n';
   for (std::size_t i = file.readGenerations; i < file.generations.size(); ++i) {
     const SoulGeneration& generation = file.generations[i];
-    if (generation.number > 0) {
+    if (generation.toPlay) {
+      text += std::string(GENERATION_PREFIX) + std::to_string(generation.number) + " to play seed " +
+              std::to_string(generation.seed) + " ms_per_move " + std::to_string(generation.msPerMove) + " max_moves " +
+              std::to_string(generation.maxMoves) + " opening_plies " + std::to_string(generation.openingPlies) + "\n";
+    } else if (generation.number > 0) {
       text += std::string(GENERATION_PREFIX) + std::to_string(generation.number) + " games " +
               std::to_string(generation.games) + " scores";
       for (const int score : generation.scores) {

@@ -336,16 +336,9 @@ bool clsTourney::runLearning() {
   clsRandomOpenings openings(settings.openingPlies);
   clsLearning learning(settings, games, openings, out_);
   // Ctrl-C ends the generation being played; the soul file keeps the last one.
-  std::atomic<bool> done{false};
-  std::thread watcher([&] {
-    while (!done.load() && !kobubase::clsInterruptGuard::requested()) kobubase::sleepMs(20);
-    if (done.load()) return;
-    learning.requestStop();
-    games.stop();
-  });
-  const int completed = learning.run(souls);
-  done.store(true);
-  watcher.join();
+  int completed = 0;
+  kobubase::runStoppable([&] { completed = learning.run(souls); },
+                         [] { return kobubase::clsInterruptGuard::requested(); }, [&] { learning.requestStop(); });
   return completed >= settings.generations;
 }
 

@@ -182,31 +182,7 @@ TEST(ChildProcessTest, DestroyingLeavesNoProcess) {
   EXPECT_GE(took, clsRedirectedChild::DESTROY_GRACE_MS);
   EXPECT_EQ(kill(pid, 0), -1);
   EXPECT_EQ(errno, ESRCH);
-
-  clsQuietChild closed("sleep", "60");
-  closed.start();
-  ASSERT_TRUE(closed.waitStarted());
-  pid = closed.pid();
-  closed.close();
-  EXPECT_FALSE(closed.alive());
-  EXPECT_EQ(closed.exitStatus(), 128 + SIGKILL);
-  EXPECT_EQ(kill(pid, 0), -1);
 }
-
-}  // namespace
-
-namespace {
-
-// Whether the process is gone within timeoutMs (a zombie of ours is reaped).
-bool vanishes(pid_t pid, int timeoutMs = 5000) {
-  for (const std::int64_t until = nowMs() + timeoutMs; nowMs() < until; sleepMs(5)) {
-    waitpid(pid, nullptr, WNOHANG);
-    if (kill(pid, 0) == -1) return true;
-  }
-  return false;
-}
-
-}  // namespace
 
 // A child that writes without end: what waits unread stays bounded, the
 // drop is reported once, and every line kept is whole.
@@ -227,7 +203,16 @@ TEST(ChildProcessTest, FloodIsBoundedAndReportedOnce) {
   EXPECT_EQ(flood.reports(), Words{"# output comes faster than it is read: lines dropped"});
 }
 
-// A program that is a script leaves no child of its own behind.
+// Whether the process is gone within timeoutMs (a zombie of ours is reaped).
+bool vanishes(pid_t pid, int timeoutMs = 5000) {
+  for (const std::int64_t until = nowMs() + timeoutMs; nowMs() < until; sleepMs(5)) {
+    waitpid(pid, nullptr, WNOHANG);
+    if (kill(pid, 0) == -1) return true;
+  }
+  return false;
+}
+
+// Closing kills the child, and a program that is a script leaves no child of its own behind.
 TEST(ChildProcessTest, ClosingEndsTheWholeProcessGroup) {
   clsQuietChild script("sh", "-c \"sleep 300 & echo $!; wait\"");
   script.start();
@@ -237,5 +222,9 @@ TEST(ChildProcessTest, ClosingEndsTheWholeProcessGroup) {
   ASSERT_EQ(kill(pid, 0), 0);
   EXPECT_EQ(getpgid(pid), script.pid());
   script.close();
+  EXPECT_FALSE(script.alive());
+  EXPECT_EQ(script.exitStatus(), 128 + SIGKILL);
   EXPECT_TRUE(vanishes(pid));
 }
+
+}  // namespace

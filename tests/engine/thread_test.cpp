@@ -3,6 +3,7 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "chess/engine/engine.h"
 #include "chess/engine/engine_share.h"
@@ -24,12 +25,10 @@ TEST(EngineThread, StopEndsADeepSearchWithALegalMove) {
   const Move best = engine->bestMove();
   ASSERT_TRUE(best.isMove());
   EXPECT_TRUE(engine->playMove(best.from, best.to, best.isPromotion() ? 'q' : ' '));
-  std::string line;
-  ASSERT_TRUE(engine->output().takeLine(line));
-  EXPECT_EQ(line, "# engine's running");
-  std::string last;
-  while (engine->output().takeLine(line)) last = line;
-  EXPECT_EQ(last, "# engine stopped");
+  const std::vector<std::string> lines = engine->output().takeAll();
+  ASSERT_GE(lines.size(), 2u);
+  EXPECT_EQ(lines.front(), "# engine's running");
+  EXPECT_EQ(lines.back(), "# engine stopped");
 
   // A stop right after the start is not lost.
   ASSERT_TRUE(engine->start());
@@ -82,27 +81,25 @@ TEST(SearchControl, DeadlineStopsTheSearchAndAMoveIsCollected) {
   clsEngine engine;
   engine.output().setEcho(false);
   clsSearchControl control(engine);
+  const auto run = [&control](std::int64_t ms) {
+    EXPECT_TRUE(control.start(ms, 0));
+    SearchPoll state = control.poll();
+    for (; state == SearchPoll::RUNNING; state = control.poll()) kobubase::sleepMs(1);
+    return state;
+  };
   EXPECT_EQ(control.poll(), SearchPoll::IDLE);
-  ASSERT_TRUE(control.start(30, 0));
-  SearchPoll state = control.poll();
-  while (state == SearchPoll::RUNNING) {
-    kobubase::sleepMs(1);
-    state = control.poll();
-  }
-  EXPECT_EQ(state, SearchPoll::TIME_EXPIRED);
+  EXPECT_EQ(run(30), SearchPoll::TIME_EXPIRED);
   EXPECT_EQ(control.poll(), SearchPoll::ENDED);
   EXPECT_TRUE(control.collect().isMove());
   EXPECT_EQ(control.poll(), SearchPoll::IDLE);
 
   engine.readFEN("7k/5QQ1/8/8/8/8/8/K7 b - - 0 1");  // mated: nothing to play
-  ASSERT_TRUE(control.start(1000, 0));
-  while (control.poll() == SearchPoll::RUNNING) kobubase::sleepMs(1);
+  run(1000);
   EXPECT_FALSE(control.collect().isMove());
 
   engine.readFEN(clsBoard::START_FEN);
   engine.setNodeLimit(1);  // stopped before any root move finished
-  ASSERT_TRUE(control.start(1000, 0));
-  while (control.poll() == SearchPoll::RUNNING) kobubase::sleepMs(1);
+  run(1000);
   const Move first = control.collect();
   ASSERT_TRUE(first.isMove());
   EXPECT_TRUE(engine.readCoordinateMove(clsBoard::moveText(&first, false)));

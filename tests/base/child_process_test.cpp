@@ -41,18 +41,16 @@ class clsQuietChild : public clsRedirectedChild {
   Words reports_;
 };
 
-// The next complete line, or "<nothing>" after timeoutMs.
-std::string nextLine(clsRedirectedChild& child, int timeoutMs = 5000) {
-  for (const std::int64_t until = nowMs() + timeoutMs; nowMs() < until; sleepMs(1)) {
-    if (child.hasLine()) return child.takeLine();
-  }
-  return "<nothing>";
+// The next complete line, or "<nothing>" after 5 s.
+std::string nextLine(clsRedirectedChild& child) {
+  for (const std::int64_t until = nowMs() + 5000; !child.hasLine() && nowMs() < until;) sleepMs(1);
+  return child.hasLine() ? child.takeLine() : "<nothing>";
 }
 
-// Whether the child started and then ended within timeoutMs.
-bool waitDead(clsRedirectedChild& child, int timeoutMs = 5000) {
+// Whether the child started and then ended within 5 s.
+bool waitDead(clsRedirectedChild& child) {
   if (!child.waitStarted()) return false;
-  for (const std::int64_t until = nowMs() + timeoutMs; child.alive() && nowMs() < until;) sleepMs(1);
+  for (const std::int64_t until = nowMs() + 5000; child.alive() && nowMs() < until;) sleepMs(1);
   return !child.alive();
 }
 
@@ -203,9 +201,9 @@ TEST(ChildProcessTest, FloodIsBoundedAndReportedOnce) {
   EXPECT_EQ(flood.reports(), Words{"# output comes faster than it is read: lines dropped"});
 }
 
-// Whether the process is gone within timeoutMs (a zombie of ours is reaped).
-bool vanishes(pid_t pid, int timeoutMs = 5000) {
-  for (const std::int64_t until = nowMs() + timeoutMs; nowMs() < until; sleepMs(5)) {
+// Whether the process is gone within 5 s (a zombie of ours is reaped).
+bool vanishes(pid_t pid) {
+  for (const std::int64_t until = nowMs() + 5000; nowMs() < until; sleepMs(5)) {
     waitpid(pid, nullptr, WNOHANG);
     if (kill(pid, 0) == -1) return true;
   }

@@ -39,6 +39,10 @@ TEST_F(BookCommands, MissingArgumentsPrintTheUsage) {
     commandBuildBooks(args, out);
     EXPECT_EQ(out.lines().front(), "# buildbooks path_of_pgn_files moves_count [type]") << args;
   }
+  commandMergeBooks("onlyone", out);
+  EXPECT_EQ(out.lines().front(), "# mergebooks books_path new_book.sbk [limit]");
+  commandCvBooks("", out);
+  EXPECT_EQ(out.lines().size(), 3u);
 }
 
 TEST_F(BookCommands, BuildBooksBesideTheFolderThenLoadAndSave) {
@@ -62,6 +66,13 @@ TEST_F(BookCommands, BuildBooksBesideTheFolderThenLoadAndSave) {
   EXPECT_EQ(lines[1], "# book " + games + ".sbk loaded with 6 positions");
   commandSaveBook(book, folder.file("copy.sbk") + " 1", out);
   EXPECT_EQ(out.lines(), (Lines{"# wait...\r# book " + folder.file("copy.sbk") + " saved"}));
+  commandLoadBook(book, folder.file("nothing.sbk"), out);
+  EXPECT_EQ(out.lines(), (Lines{"# wait...\r# error 2: No such file or directory",
+                                "# error loading " + folder.file("nothing.sbk")}));
+  commandSaveBook(book, folder.file("no/dir.sbk"), out);
+  EXPECT_EQ(out.lines(),
+            (Lines{"# wait...\r# error 2: No such file or directory", "# error saving " + folder.file("no/dir.sbk"),
+                   "# " + folder.file("no/dir.sbk") + " is as it was"}));
 }
 
 TEST_F(BookCommands, BuildBooksToANamedFileOrFromOneFile) {

@@ -134,6 +134,7 @@ TEST_F(DispatchTest, SoulsAndUsageLines) {
   EXPECT_EQ(reply("\\loadsoul " + path, CMD_PRINTED), Lines{"# new soul: " + path});
   EXPECT_EQ(driver_->engine().soulName(), "Filed");
   EXPECT_EQ(driver_->engine().soulValues()[0], 9);
+  EXPECT_EQ(reply("\\loadsoul"), Lines{"# loadsoul soul_text_or_file"});
   EXPECT_EQ(reply("\\learn f 0 4 10 20"), Lines{"# learn file generations engines_count ms_per_move max_moves"});
   EXPECT_EQ(reply("\\loadsoul /nonexistent/x.soul"),
             (Lines{"# no preset or file named /nonexistent/x.soul; the soul in use is Filed",

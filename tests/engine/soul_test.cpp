@@ -59,22 +59,26 @@ TEST(Soul, SelectsPresetsByExactNameAnEmptyNameFromTheOptions) {
 }
 
 // Breeding replaces one end of the soul, at least one position and never all,
-// by the other soul's values, a few of them mutated to a fresh 0..104. Own
-// values below 0 and the other's above 104 tell the three apart.
+// by the other soul's values, a few of them mutated to a fresh 0..104; the name
+// stays. Own values below 0 and the other's above 104 tell the three apart.
 TEST(Soul, BreedingCopiesOneEndOfTheOtherSoulWithRareMutations) {
-  SoulValues own{}, other{};
-  for (int i = 0; i < SOUL_SIZE; ++i) own[i] = -1 - i, other[i] = 200 + i;
+  auto engine = std::make_unique<clsEngine>(), other = std::make_unique<clsEngine>();
+  std::string own = "Own=", others = "Other=";
+  for (int i = 0; i < SOUL_SIZE; ++i) own += std::to_string(-1 - i) + " ", others += std::to_string(200 + i) + " ";
+  other->applySoulText(others);
   kobubase::seedRandom(1, 8);
   int copied = 0, mutated = 0;
   for (int run = 0; run < 200; ++run) {
-    SoulValues bred = own;
-    breedSoul(bred, other);
+    engine->applySoulText(own);
+    engine->breedSoul(*other);
+    EXPECT_EQ(engine->soulName(), "Own");
     std::string kinds;  // 'o' own value, 'r' from the bred range
     for (int i = 0; i < SOUL_SIZE; ++i) {
-      copied += bred[i] == other[i];
-      mutated += bred[i] >= 0 && bred[i] <= 104;
-      ASSERT_TRUE(bred[i] == own[i] || bred[i] == other[i] || (bred[i] >= 0 && bred[i] <= 104)) << bred[i];
-      kinds += bred[i] < 0 ? 'o' : 'r';
+      const i32 value = engine->soulValues()[static_cast<std::size_t>(i)];
+      copied += value == 200 + i;
+      mutated += value >= 0 && value <= 104;
+      ASSERT_TRUE(value == -1 - i || value == 200 + i || (value >= 0 && value <= 104)) << i << ": " << value;
+      kinds += value < 0 ? 'o' : 'r';
     }
     EXPECT_TRUE(std::regex_match(kinds, std::regex("o+r+|r+o+"))) << kinds;
   }

@@ -46,8 +46,10 @@ TEST(OddPositions, AreSearchedEvaluatedAndCounted) {
   const std::string pieces = "kqrbnpKQRBNP11234";
   for (int i = 0; i < 150; ++i) {
     std::string fen;
-    for (int square = 0; square < 64; ++square)
-      fen += std::string(square % 8 || !square ? "" : "/") + (rng() % 3 ? '1' : pieces[rng() % pieces.size()]);
+    for (int square = 0; square < 64; ++square) {
+      if (square > 0 && square % 8 == 0) fen += '/';
+      fen += rng() % 3 ? '1' : pieces[rng() % pieces.size()];
+    }
     searchAndEvaluate(engine, fen + (i % 2 ? " w KQkq - 0 1" : " b - - 0 1"));
   }
 }

@@ -29,8 +29,9 @@ class InterpreterTest : public testing::Test {
   kobubase::clsInterpreter in_;
 };
 
-// Unsigned 64-bit arithmetic with C's precedence; shifts of 64 or more give
-// zero; && and || never evaluate the side that cannot matter.
+// Literals in every base, square names and escapes; unsigned 64-bit arithmetic
+// with C's precedence; shifts of 64 or more give zero; && and || never
+// evaluate the side that cannot matter.
 TEST_F(InterpreterTest, LiteralsAndOperatorsFollowThePrecedenceOfC) {
   expectAll({
       {"0xFF + 0b1010", "265 (0x109)"},

@@ -75,18 +75,10 @@ TEST_F(NotationTest, ReadingToleratesMarksAndRefusesWhatNoLegalMoveFits) {
   EXPECT_EQ(clsBoard::sanPattern("N"), "");
 }
 
-TEST_F(NotationTest, CoordinateAndLongForms) {
-  board.readFEN("3r1k2/4P3/8/8/8/8/8/4K2R w K -");
-  board.generateLegal();
-  EXPECT_EQ(clsBoard::moveText(findMove("Pe7xRd8=q"), false), "e7d8=q");
-  EXPECT_EQ(clsBoard::moveText(findMove("Pe7-e8=n"), false), "e7e8=n");
-  EXPECT_EQ(clsBoard::moveText(findMove("Ke1-g1"), false), "e1g1");
+// No move has a text; a text that names no move is not played.
+TEST_F(NotationTest, TextsOfNoMove) {
   EXPECT_EQ(clsBoard::moveText(nullptr, false), "------");
   EXPECT_EQ(clsBoard::moveText(nullptr, true), "------");
-  EXPECT_TRUE(play("e7e8=q"));
-  board.readFEN("5k2/4P3/8/8/8/8/8/4K3 w - -");
-  EXPECT_TRUE(play("e7e8q"));
-  EXPECT_EQ(board.pieceAt(sq("e8")), 'Q');
   for (const char* bad : {"", "e2", "i1i2", "e7e8x", "zzzzzzzz"}) {
     board.readFEN("5k2/4P3/8/8/8/8/8/4K3 w - -");
     EXPECT_FALSE(play(bad)) << bad;

@@ -33,22 +33,16 @@ class BookCommands : public ::testing::Test {
 
 }  // namespace
 
-// Each command without its arguments prints its usage, starting with its syntax.
+// A command without its arguments, or with no moves to read, prints its usage.
 TEST_F(BookCommands, MissingArgumentsPrintTheUsage) {
-  clsBook book;
-  commandLoadBook(book, "", out);
-  EXPECT_EQ(out.lines().front(), "# loadbook book [limit]");
-  commandSaveBook(book, "  ", out);
-  EXPECT_EQ(out.lines().front(), "# savebook book [limit]");
-  commandMergeBooks("onlyone", out);
-  EXPECT_EQ(out.lines().front(), "# mergebooks books_path new_book.sbk [limit]");
   for (const char* args : {"folder", "folder 0"}) {
     commandBuildBooks(args, out);
     EXPECT_EQ(out.lines().front(), "# buildbooks path_of_pgn_files moves_count [type]") << args;
   }
+  commandMergeBooks("onlyone", out);
+  EXPECT_EQ(out.lines().front(), "# mergebooks books_path new_book.sbk [limit]");
   commandCvBooks("", out);
   EXPECT_EQ(out.lines().size(), 3u);
-  EXPECT_EQ(book.count(), 0u);
 }
 
 TEST_F(BookCommands, BuildBooksBesideTheFolderThenLoadAndSave) {
@@ -100,16 +94,13 @@ TEST_F(BookCommands, MergeBooksAddsEveryBookOfTheFolder) {
   saveRecords(books + "/one.sbk", {{10, 1, 0, 0}, {20, 1, 0, 0}});
   saveRecords(books + "/two.sbk", {{20, 0, 1, 0}});
   commandMergeBooks(books + " " + books + "/all.sbk", out);
-  Lines lines = out.lines();
-  ASSERT_EQ(lines.size(), 7u);
-  EXPECT_EQ(
-      lines[0],
-      "#     loading 2 positions\r# 0%                     \r# 50%                    \r# ok                     ");
-  EXPECT_EQ(lines[1], "# merging 2 positions from " + books + "/one.sbk");
-  EXPECT_EQ(lines[3], "# merging 1 positions from " + books + "/two.sbk");
-  EXPECT_EQ(lines[4], "# total positions 2");
-  EXPECT_EQ(lines[5], "# saving 2 positions in " + books + "/all.sbk");
-  EXPECT_EQ(lines[6], "# done");
+  const std::string progress = "# 0%                     \r# ";
+  EXPECT_EQ(out.lines(),
+            (Lines{"#     loading 2 positions\r" + progress + "50%                    \r# ok                     ",
+                   "# merging 2 positions from " + books + "/one.sbk",
+                   "#     loading 1 positions\r" + progress + "ok                     ",
+                   "# merging 1 positions from " + books + "/two.sbk", "# total positions 2",
+                   "# saving 2 positions in " + books + "/all.sbk", "# done"}));
   clsBook all;
   ASSERT_TRUE(loadBook(all, books + "/all.sbk", 0, out));
   EXPECT_EQ(all.lookup(20)->wins + all.lookup(20)->losses, 2u);

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
 
 #include "base/random.h"
@@ -44,11 +43,9 @@ class BookProbe : public ::testing::Test {
 }  // namespace
 
 TEST(BookEntry, KeysOrderByHighWordThenLowWordScoresRoundDown) {
-  clsBookEntry high(record(0x0000000200000000ull)), low(record(0x00000001FFFFFFFFull));
-  EXPECT_TRUE(high.greater(low));
-  EXPECT_FALSE(low.greater(high));
-  clsBookEntry topBit(record(0x8000000000000000ull)), belowTopBit(record(0x7FFFFFFFFFFFFFFFull));
-  EXPECT_TRUE(topBit.greater(belowTopBit));
+  const clsBookEntry high(record(0x0000000200000000ull)), low(record(0x00000001FFFFFFFFull)), top(record(1ull << 63));
+  EXPECT_TRUE(high.greater(low) && !low.greater(high) && top.greater(high));
+  EXPECT_TRUE(low.greater(clsBookEntry(record(0x0000000100000000ull))));
   EXPECT_TRUE(high.equal(clsBookEntry(record(0x0000000200000000ull, 5, 5, 5))));
   EXPECT_EQ(clsBookEntry(record(1, 200, 0, 1)).score(), 997);  // (400 + 1) * 500 / 201
   EXPECT_EQ(clsBookEntry(record(1)).score(), 0);

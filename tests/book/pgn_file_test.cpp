@@ -1,36 +1,24 @@
 #include "chess/book/pgn_file.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdlib>
 #include <random>
-#include <sstream>
 
-#include "base/text.h"
 #include "book_test_util.h"
 #include "chess/board/board.h"
 #include "chess/book/book_key.h"
+#include "tests/common/pgn_extract.h"
 
 using namespace kbuChess;
 
 namespace {
 
-// Book keys of the positions after each of the coordinate moves from the start.
-std::vector<u64> keysAlong(std::initializer_list<const char*> moves) {
+// The counts "wins/losses/draws" of the position after the coordinate moves from the start.
+std::string countsAfter(const clsBook& book, std::initializer_list<const char*> moves) {
   clsBoard board;
-  std::vector<u64> keys;
-  for (const char* move : moves) {
-    EXPECT_TRUE(board.readCoordinateMove(move)) << move;
-    keys.push_back(bookKey(board.position()));
-  }
-  return keys;
-}
-
-std::string counts(const clsBook& book, u64 key) {
-  const BookRecord* r = book.lookup(key);
-  if (r == nullptr) return "missing";
-  return std::to_string(r->wins) + "/" + std::to_string(r->losses) + "/" + std::to_string(r->draws);
+  for (const char* move : moves) EXPECT_TRUE(board.readCoordinateMove(move)) << move;
+  const BookRecord* r = book.lookup(bookKey(board.position()));
+  return r ? std::to_string(r->wins) + "/" + std::to_string(r->losses) + "/" + std::to_string(r->draws) : "missing";
 }
 
 class PgnFile : public ::testing::Test {
@@ -39,32 +27,7 @@ class PgnFile : public ::testing::Test {
   bookTest::TempFolder folder;
 };
 
-// The reader against pgn-extract, an independent reader from Debian: for
-// every game that pgn-extract writes out, we must read the same moves.
-const std::string PGN_EXTRACT = "/usr/games/pgn-extract";
 const std::string ECO_FILE = "/usr/share/pgn-extract/eco.pgn";
-
-// tests/run.sh installs Debian's pgn-extract; without it these tests fail.
-bool havePgnExtract() {
-  return ::access(PGN_EXTRACT.c_str(), X_OK) == 0 && ::access(ECO_FILE.c_str(), R_OK) == 0;
-}
-
-// One text per game: its moves in coordinate form, e.g. "e2e4 e7e5 e7e8q".
-std::vector<std::string> referenceGames(const std::string& pgn, const bookTest::TempFolder& folder) {
-  const std::string out = folder.file("reference.txt");
-  std::system(
-      (PGN_EXTRACT + " -s -Wuci --notags -C -V -N --noresults -w100000 -o " + out + " " + pgn + " > /dev/null 2>&1")
-          .c_str());
-  std::vector<std::string> games;
-  std::istringstream lines(bookTest::readText(out));
-  for (std::string line; std::getline(lines, line);) {
-    line.erase(line.find_last_not_of(' ') + 1);
-    // Promotions come as e7e8Q: the letter is made lower case as ours.
-    for (char& c : line) c = static_cast<char>(std::tolower(c));
-    if (!line.empty()) games.push_back(line);
-  }
-  return games;
-}
 
 std::vector<std::string> ourGames(const std::string& pgn, kobubase::clsOutBuffer& out) {
   std::vector<std::string> games;
@@ -85,9 +48,9 @@ std::vector<std::string> ourGames(const std::string& pgn, kobubase::clsOutBuffer
 void expectSameGames(const std::string& pgn) {
   bookTest::TempFolder folder;
   bookTest::Quiet out;
-  const std::vector<std::string> reference = referenceGames(pgn, folder);
+  const std::vector<std::string> reference = testFiles::runPgnExtract(pgn, folder).games;
   const std::vector<std::string> ours = ourGames(pgn, out);
-  ASSERT_FALSE(reference.empty());
+  ASSERT_FALSE(reference.empty()) << "pgn-extract read no game of " << pgn;
   ASSERT_EQ(ours.size(), reference.size()) << pgn;
   for (std::size_t i = 0; i < ours.size(); ++i) ASSERT_EQ(ours[i], reference[i]) << "game " << i + 1 << " of " << pgn;
   for (const std::string& line : out.lines()) EXPECT_EQ(line.find("illegal"), std::string::npos) << line;
@@ -98,12 +61,11 @@ void expectSameGames(const std::string& pgn) {
 TEST_F(PgnFile, CountsFollowTheSideToMoveOfEachPosition) {
   clsPGNFile reader(out, 20);
   reader.readText("[Result \"1-0\"]\n1. e4 e5 2. Nf3 1-0\n\n1. e4 e5 2. Nf3 Nc6 1/2-1/2\n1. e4 c5 0-1\n1. e4 *");
-  const std::vector<u64> keys = keysAlong({"e2e4", "e7e5", "g1f3", "b8c6"});
-  EXPECT_EQ(counts(reader.book(), keys[0]), "1/1/2");  // Black to move: lost game 1, won game 3
-  EXPECT_EQ(counts(reader.book(), keys[1]), "1/0/1");  // White to move after 1...e5: won game 1
-  EXPECT_EQ(counts(reader.book(), keys[2]), "0/1/1");
-  EXPECT_EQ(counts(reader.book(), keys[3]), "0/0/1");
-  EXPECT_EQ(counts(reader.book(), keysAlong({"e2e4", "c7c5"})[1]), "0/1/0");
+  EXPECT_EQ(countsAfter(reader.book(), {"e2e4"}), "1/1/2");          // Black to move: lost game 1, won game 3
+  EXPECT_EQ(countsAfter(reader.book(), {"e2e4", "e7e5"}), "1/0/1");  // White to move: won game 1
+  EXPECT_EQ(countsAfter(reader.book(), {"e2e4", "e7e5", "g1f3"}), "0/1/1");
+  EXPECT_EQ(countsAfter(reader.book(), {"e2e4", "e7e5", "g1f3", "b8c6"}), "0/0/1");
+  EXPECT_EQ(countsAfter(reader.book(), {"e2e4", "c7c5"}), "0/1/0");
   EXPECT_EQ(reader.book().count(), 5u);
   EXPECT_EQ(reader.games(), 4u);
   EXPECT_TRUE(out.lines().empty());
@@ -115,7 +77,7 @@ TEST_F(PgnFile, AnIllegalMoveKeepsThePliesBeforeItAndTheNextGame) {
   EXPECT_EQ(out.lines(),
             (std::vector<std::string>{"# game 1: illegal move \"Ke3\" at ply 3, the 2 plies before it are kept"}));
   EXPECT_EQ(reader.book().count(), 3u);
-  EXPECT_EQ(counts(reader.book(), keysAlong({"d2d4"})[0]), "0/1/0");
+  EXPECT_EQ(countsAfter(reader.book(), {"d2d4"}), "0/1/0");
 }
 
 TEST_F(PgnFile, OnlyTheFirstPliesAndNoSetUpGamesAreStored) {
@@ -158,17 +120,12 @@ TEST_F(PgnFile, BadInputGivesMessagesNotCrashes) {
   clsPGNFile reader(out, 20);
   reader.readText(noise + "}\n[Event \"after the noise\"]\n1. e4 1-0\n");
   for (const std::string& line : out.lines()) EXPECT_EQ(line.substr(0, 2), "# ") << line;
-  EXPECT_EQ(counts(reader.book(), keysAlong({"e2e4"})[0]), "0/1/0");
+  EXPECT_EQ(countsAfter(reader.book(), {"e2e4"}), "0/1/0");
 }
 
-TEST(PgnExtract, SameMovesOnTheEcoFile) {
-  ASSERT_TRUE(havePgnExtract());
+// Debian's ECO file and the sample games the project ships (401 games of
+// real openings, with promotions, castling both ways and en-passant captures).
+TEST(PgnExtract, SameMovesOnTheEcoFileAndTheSampleGames) {
   expectSameGames(ECO_FILE);
-}
-
-// The sample games the project ships: 401 games of real openings, with
-// promotions, castling both ways and en-passant captures.
-TEST(PgnExtract, SameMovesOnTheSampleGames) {
-  ASSERT_TRUE(havePgnExtract());
   expectSameGames(SAMPLE_PGN);
 }

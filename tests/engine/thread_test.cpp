@@ -82,27 +82,25 @@ TEST(SearchControl, DeadlineStopsTheSearchAndAMoveIsCollected) {
   clsEngine engine;
   engine.output().setEcho(false);
   clsSearchControl control(engine);
+  const auto run = [&control](std::int64_t ms) {
+    EXPECT_TRUE(control.start(ms, 0));
+    SearchPoll state = control.poll();
+    for (; state == SearchPoll::RUNNING; state = control.poll()) kobubase::sleepMs(1);
+    return state;
+  };
   EXPECT_EQ(control.poll(), SearchPoll::IDLE);
-  ASSERT_TRUE(control.start(30, 0));
-  SearchPoll state = control.poll();
-  while (state == SearchPoll::RUNNING) {
-    kobubase::sleepMs(1);
-    state = control.poll();
-  }
-  EXPECT_EQ(state, SearchPoll::TIME_EXPIRED);
+  EXPECT_EQ(run(30), SearchPoll::TIME_EXPIRED);
   EXPECT_EQ(control.poll(), SearchPoll::ENDED);
   EXPECT_TRUE(control.collect().isMove());
   EXPECT_EQ(control.poll(), SearchPoll::IDLE);
 
   engine.readFEN("7k/5QQ1/8/8/8/8/8/K7 b - - 0 1");  // mated: nothing to play
-  ASSERT_TRUE(control.start(1000, 0));
-  while (control.poll() == SearchPoll::RUNNING) kobubase::sleepMs(1);
+  run(1000);
   EXPECT_FALSE(control.collect().isMove());
 
   engine.readFEN(clsBoard::START_FEN);
   engine.setNodeLimit(1);  // stopped before any root move finished
-  ASSERT_TRUE(control.start(1000, 0));
-  while (control.poll() == SearchPoll::RUNNING) kobubase::sleepMs(1);
+  run(1000);
   const Move first = control.collect();
   ASSERT_TRUE(first.isMove());
   EXPECT_TRUE(engine.readCoordinateMove(clsBoard::moveText(&first, false)));

@@ -28,8 +28,6 @@ TEST(DatabaseTest, QueryResultsAsAlignedTables) {
                                                                     "b      12345  NULL",
                                                                     "(3 rows)",
                                                                 }));
-  EXPECT_EQ(tableLines(db.query("SELECT count(*) AS how_many FROM t")),
-            (Lines{"how_many", "--------", "       3", "(1 row)"}));
   EXPECT_EQ(tableLines(db.query("SELECT n FROM t ORDER BY n"), 2),
             (Lines{" n", "--", "-7", " 5", "(3 rows, 2 shown)"}));
   EXPECT_EQ(tableLines(db.query("SELECT * FROM t WHERE n > 99999")), (Lines{"name  n  r", "----  -  -", "(0 rows)"}));
@@ -38,7 +36,6 @@ TEST(DatabaseTest, QueryResultsAsAlignedTables) {
 TEST(DatabaseTest, ErrorsCarrySqliteMessagesAndStopTheRest) {
   clsDatabase db;
   EXPECT_EQ(tableLines(db.query("SELECT * FROM missing")), Lines{"error: no such table: missing"});
-  EXPECT_EQ(tableLines(db.query("SELEC 1")), Lines{"error: near \"SELEC\": syntax error"});
   EXPECT_EQ(tableLines(db.query("CREATE TABLE a(x); INSERT INTO nope VALUES (1); INSERT INTO a VALUES (1)")),
             Lines{"error: no such table: nope"});
   EXPECT_EQ(tableLines(db.query("SELECT count(*) FROM a")), (Lines{"count(*)", "--------", "       0", "(1 row)"}));

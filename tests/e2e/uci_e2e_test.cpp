@@ -20,18 +20,8 @@ class UciTest : public testing::Test {
   explicit UciTest(const Lines& args = {}) : engine_(TALVENA_BIN, args) {}
   void SetUp() override { ASSERT_TRUE(engine_.started()); }
 
-  // The next line that is not a comment.
-  std::string nextReply(int timeoutMs = 5000) {
-    for (;;) {
-      const std::optional<std::string> line = engine_.readLine(timeoutMs);
-      if (!line) return "<nothing>";
-      if (line->rfind("#", 0) != 0) return *line;
-    }
-  }
-  std::string ask(const std::string& line) {
-    engine_.send(line);
-    return nextReply();
-  }
+  std::string nextReply(int timeoutMs = 5000) { return engine_.nextReply(timeoutMs); }
+  std::string ask(const std::string& line) { return engine_.ask(line); }
   // The replies up to one that starts with prefix, which comes last.
   Lines repliesUntil(const std::string& prefix, int timeoutMs = 5000) {
     Lines lines;
@@ -46,12 +36,6 @@ class UciTest : public testing::Test {
     board.readFEN(fen);
     for (const std::string& move : moves) EXPECT_TRUE(board.readCoordinateMove(move)) << move;
     return bestmove.rfind("bestmove ", 0) == 0 && board.readCoordinateMove(bestmove.substr(9));
-  }
-  void expectQuit() {
-    engine_.send("quit");
-    engine_.readUntil("# bye bye", 5000);
-    EXPECT_TRUE(engine_.found());
-    EXPECT_EQ(engine_.waitExit(5000), 0);
   }
 
   EngineProcess engine_;
@@ -96,7 +80,7 @@ TEST_F(UciTest, HandshakeOptionsAndBadInput) {
   engine_.send("go depth 2");
   const Lines lines = repliesUntil("bestmove");
   EXPECT_TRUE(legalIn(lines.back(), START, {"e2e4", "e7e5"})) << lines.back();
-  expectQuit();
+  engine_.quit();
 }
 
 TEST_F(UciForcedTest, SearchCommandsAlwaysEndInALegalBestMove) {
@@ -150,7 +134,7 @@ TEST_F(UciForcedTest, SearchCommandsAlwaysEndInALegalBestMove) {
   engine_.send("go infinite");
   engine_.send("isready");
   EXPECT_EQ(repliesUntil("readyok").back(), "readyok");
-  expectQuit();  // "quit" ends a running search
+  engine_.quit();  // "quit" ends a running search
 }
 
 }  // namespace

@@ -16,7 +16,6 @@
 //     ignorequit    stay alive after "quit"
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -46,9 +45,7 @@ struct Script {
 };
 
 void say(const std::string& line) {
-  std::fwrite(line.data(), 1, line.size(), stdout);
-  std::fputc('\n', stdout);
-  std::fflush(stdout);
+  std::cout << line << std::endl;
 }
 
 class FakeEngine {
@@ -62,12 +59,12 @@ class FakeEngine {
     std::string command;
     words >> command;
     if (command == "quit") return script_.has("ignorequit");
-    script_.uci ? uciCommand(command, words) : xboardCommand(command, words, line);
+    script_.uci ? uciCommand(command, words) : xboardCommand(command, line);
     return true;
   }
 
  private:
-  void xboardCommand(const std::string& command, std::istringstream& words, const std::string& line) {
+  void xboardCommand(const std::string& command, const std::string& line) {
     if (command == "protover") {
       if (!script_.value("slowstart").empty()) {
         say("feature done=0");
@@ -75,9 +72,7 @@ class FakeEngine {
       }
       say(std::string("feature myname=\"fake\" ping=") + (script_.has("ping") ? "1" : "0") + " done=1");
     } else if (command == "ping") {
-      std::string number;
-      words >> number;
-      say("pong " + number);
+      say("pong" + line.substr(4));
     } else if (command == "new") {
       board_.readFEN(kbuChess::clsBoard::START_FEN);
       ownSide_ = 1;

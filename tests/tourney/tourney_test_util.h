@@ -1,29 +1,25 @@
 #pragma once
 // Helpers shared by the tournament and learning tests: a file's bytes, a
-// scratch folder, the next reply of an adapter, and a game log that records.
+// scratch folder, a results file's rows, the next reply of an adapter, and a
+// game log that records.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <mutex>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "base/thread.h"
 #include "chess/tourney/engine_interface.h"
+#include "tests/common/test_files.h"
 
 namespace tourney_test {
 
 using Lines = std::vector<std::string>;
 
-inline std::string readText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
+using testFiles::readText;
 
 // A fresh folder for one test, removed with its contents afterwards.
 class TempFolder {
@@ -40,6 +36,31 @@ class TempFolder {
  private:
   std::string path_;
 };
+
+// The game lines of a results file, each cut at its tabs into its nine
+// fields; the header is checked and left out.
+inline std::vector<Lines> resultRows(const std::string& path) {
+  const std::string text = readText(path);
+  const std::size_t body = std::min(text.find('\n'), text.size() - 1) + 1;
+  EXPECT_EQ(text.substr(0, body), "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening\n") << path;
+  std::vector<Lines> rows;
+  for (std::size_t from = body, end; from < text.size(); from = end + 1) {
+    end = std::min(text.find('\n', from), text.size());
+    Lines& row = rows.emplace_back();
+    for (std::size_t field = from, tab; field <= end; field = tab + 1) {
+      tab = std::min(text.find('\t', field), end);
+      row.push_back(text.substr(field, tab - field));
+    }
+    EXPECT_EQ(row.size(), 9u) << text.substr(from, end - from);
+    row.resize(9);
+  }
+  return rows;
+}
+
+inline bool anyHolds(const Lines& lines, const std::string& text) {
+  return std::any_of(lines.begin(), lines.end(),
+                     [&](const std::string& line) { return line.find(text) != std::string::npos; });
+}
 
 // The next non-empty reply within timeoutMs, or "<nothing>".
 inline std::string awaitReply(kbuChess::clsEngineInterface& engine, int timeoutMs) {

@@ -14,11 +14,9 @@ using Lines = std::vector<std::string>;
 TEST(E2eConsoleTest, FormulaDiagramExitAndBackToXboard) {
   EngineProcess engine(TALVENA_BIN);
   ASSERT_TRUE(engine.started());
-  engine.readUntil("# Talvena 3.0.23", 5000);
-  ASSERT_TRUE(engine.found());
+  ASSERT_TRUE(engine.awaits("# Talvena 3.0.23", 5000));
   engine.send("\\console");
-  engine.readUntil("#   help ", 3000);
-  ASSERT_TRUE(engine.found()) << "no sample commands";
+  ASSERT_TRUE(engine.awaits("#   help ", 3000)) << "no sample commands";
   engine.send("popcount(pawns & us) * 2 + (1 << 64)");
   EXPECT_EQ(engine.readLine(3000).value_or("<nothing>"), "# 16 (0x10)");
   engine.send("1 / (e4 & d4)");

@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "chess/board/board.h"
-#include "chess/board/tables.h"
 #include "engine_process.h"
 #include "tests/common/test_files.h"
 
@@ -20,20 +18,13 @@ const char* const FeatureLine =
     "myname=\"Talvena 3.0.23\" colors=0 ics=1 name=1 nps=0 debug=1 memory=1 smp=1";
 
 // "depth score centiseconds nodes moves...": four numbers, then the moves.
-bool isThinkingLine(const std::string& line) {
-  std::istringstream in(line);
-  long long number[4];
-  std::string move;
-  return line[0] >= '0' && line[0] <= '9' && in >> number[0] >> number[1] >> number[2] >> number[3] >> move;
-}
+const std::regex THINKING(R"(\d+ -?\d+ \d+ \d+ +\S.*)");
 
 class E2eTest : public testing::Test {
  protected:
-  static void SetUpTestSuite() { kbuChess::initTables(); }
   void SetUp() override {
     ASSERT_TRUE(engine_.started());
-    engine_.readUntil("# Talvena 3.0.23", 5000);
-    ASSERT_TRUE(engine_.found()) << "no banner";
+    ASSERT_TRUE(engine_.awaits("# Talvena 3.0.23", 5000)) << "no banner";
   }
   std::string ask(const std::string& line) { return engine_.ask(line); }
 
@@ -53,16 +44,14 @@ TEST_F(E2eTest, HandshakeIllegalMovesAndEndOfInput) {
 
 TEST_F(E2eTest, PingDuringSearchIsAnsweredAfterTheMoveQuitEndsASearch) {
   for (const char* line : {"new", "level 0 0:20 0", "go"}) engine_.send(line);
-  engine_.readUntil("# moves 0/0 - time 498/20000 ms", 3000);
-  ASSERT_TRUE(engine_.found());
+  ASSERT_TRUE(engine_.awaits("# moves 0/0 - time 498/20000 ms", 3000));
   engine_.send("ping 5");
   const Lines lines = engine_.readUntil("pong 5", 5000);
   ASSERT_TRUE(engine_.found());
   ASSERT_GE(lines.size(), 2u);
   EXPECT_EQ(lines[lines.size() - 2].rfind("move ", 0), 0u) << lines[lines.size() - 2];
   engine_.send("go");  // now for Black; quit while that search runs
-  engine_.readUntil("# moves", 3000);
-  ASSERT_TRUE(engine_.found());
+  ASSERT_TRUE(engine_.awaits("# moves", 3000));
   engine_.quit();
 }
 
@@ -70,7 +59,6 @@ TEST_F(E2eTest, PingDuringSearchIsAnsweredAfterTheMoveQuitEndsASearch) {
 // every reply of the engine on a board of its own, and answers the clocks.
 TEST_F(E2eTest, ShortGameWithClocksAndThinkingOutput) {
   kbuChess::clsBoard board;
-  board.readFEN(kbuChess::clsBoard::START_FEN);
   for (const char* line : {"new", "level 0 0:10 0", "post"}) engine_.send(line);
   int thinkingLines = 0;
   int played = 0;
@@ -86,7 +74,7 @@ TEST_F(E2eTest, ShortGameWithClocksAndThinkingOutput) {
     ASSERT_TRUE(engine_.found()) << "no reply to " << ours;
     for (const std::string& line : lines) {
       EXPECT_EQ(line.rfind("Illegal", 0), std::string::npos) << line;
-      if (isThinkingLine(line)) ++thinkingLines;
+      if (std::regex_match(line, THINKING)) ++thinkingLines;
     }
     const std::string reply = lines.back().substr(5);
     ASSERT_TRUE(board.readCoordinateMove(reply)) << "illegal engine move " << reply;
@@ -99,11 +87,9 @@ TEST_F(E2eTest, ShortGameWithClocksAndThinkingOutput) {
 
 TEST_F(E2eTest, QuestionMarkStopsAndUndoTakesBack) {
   for (const char* line : {"new", "level 0 60 0", "go"}) engine_.send(line);
-  engine_.readUntil("# moves", 3000);
-  ASSERT_TRUE(engine_.found());
+  ASSERT_TRUE(engine_.awaits("# moves", 3000));
   engine_.send("?");  // an hour on the clock: only "?" ends the search in time
-  engine_.readUntil("move ", 2000);
-  ASSERT_TRUE(engine_.found());
+  ASSERT_TRUE(engine_.awaits("move ", 2000));
   // Back to the start: e2e4 must be legal again and the engine must stay quiet.
   for (const char* line : {"undo", "force", "e2e4", "undo", "undo", "usermove e2e4"}) engine_.send(line);
   engine_.send("ping 3");
@@ -132,15 +118,6 @@ TEST_F(E2eTest, BadInputGetsRepliesAndTheEngineKeepsWorking) {
   engine_.quit();
 }
 
-// The squares of a move in long form ("Nb1-c3", "e2xd3") as coordinates.
-std::string coordinates(const std::string& longForm) {
-  std::string squares;
-  for (const char c : longForm) {
-    if ((c >= 'a' && c <= 'h') || (c >= '1' && c <= '8')) squares += c;
-  }
-  return squares;
-}
-
 // A long count reports each root move once it has run a second, and "?"
 // waiting in the input ends it.
 TEST_F(E2eTest, LongPerftReportsProgressAndEndsOnQuestionMark) {
@@ -152,18 +129,17 @@ TEST_F(E2eTest, LongPerftReportsProgressAndEndsOnQuestionMark) {
   ASSERT_TRUE(
       std::regex_match(progress, parts, std::regex(R"(# perft (\S+) (\d+) - (\d+) root moves, (\d+) nodes, (\d+) ms)")))
       << progress;
-  const std::string move = parts[1];
+  std::string move = parts[1];  // in long form ("Nb1-c3", "e2xd3"): its squares are the coordinates
+  std::erase_if(move, [](char c) { return !((c >= 'a' && c <= 'h') || (c >= '1' && c <= '8')); });
   const unsigned long long count = std::stoull(parts[2]);
   EXPECT_GE(std::stoull(parts[4]), count);
   EXPECT_GE(std::stoull(parts[5]), 1000u);
   kbuChess::clsBoard board;
-  board.readFEN(kbuChess::clsBoard::START_FEN);
-  ASSERT_TRUE(board.readCoordinateMove(coordinates(move))) << move;
-  EXPECT_EQ(board.perft(6, false), count) << move;
+  ASSERT_TRUE(board.readCoordinateMove(move)) << progress;
+  EXPECT_EQ(board.perft(6, false), count) << progress;
 
   engine_.send("?");
-  engine_.readUntil("# perft stopped after ", 30000);
-  ASSERT_TRUE(engine_.found()) << "? did not end the count";
+  ASSERT_TRUE(engine_.awaits("# perft stopped after ", 30000)) << "? did not end the count";
   EXPECT_EQ(ask("ping 4"), "pong 4");
   // A queued quit, like the end of input, waits for the count: scripts that
   // pipe a perft get their number.

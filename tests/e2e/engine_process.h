@@ -48,6 +48,12 @@ class EngineProcess : public kobubase::clsRedirectedChild {
     return lines;
   }
 
+  // Whether a line starting with prefix came in time (the lines before it are dropped).
+  bool awaits(const std::string& prefix, int timeoutMs) {
+    readUntil(prefix, timeoutMs);
+    return found_;
+  }
+
   // The next line that is not a comment, or "<nothing>".
   std::string nextReply(int timeoutMs = 5000) {
     for (;;) {

@@ -13,7 +13,6 @@ using Lines = std::vector<std::string>;
 
 TEST(E2eConsoleTest, FormulaDiagramExitAndBackToXboard) {
   EngineProcess engine(TALVENA_BIN);
-  ASSERT_TRUE(engine.started());
   ASSERT_TRUE(engine.awaits("# Talvena 3.0.23", 5000));
   engine.send("\\console");
   ASSERT_TRUE(engine.awaits("#   help ", 3000)) << "no sample commands";

@@ -22,10 +22,7 @@ const std::regex THINKING(R"(\d+ -?\d+ \d+ \d+ +\S.*)");
 
 class E2eTest : public testing::Test {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(engine_.started());
-    ASSERT_TRUE(engine_.awaits("# Talvena 3.0.23", 5000)) << "no banner";
-  }
+  void SetUp() override { ASSERT_TRUE(engine_.awaits("# Talvena 3.0.23", 5000)) << "no banner"; }
   std::string ask(const std::string& line) { return engine_.ask(line); }
 
   EngineProcess engine_{TALVENA_BIN};
@@ -204,7 +201,6 @@ TEST(E2eStartTest, OptionsFromTheCommandLine) {
   const testFiles::TempFolder folder;
   const std::string log = folder.file("commands.log");
   EngineProcess engine(TALVENA_BIN, {"memory=1", "-memory=64", "-load=Quick=1 2 3", "-log=" + log});
-  ASSERT_TRUE(engine.started());
   EXPECT_EQ(engine.readLine(5000).value_or(""), "# TT 32768 entries - 1 MiB");
   const Lines start = engine.readUntil("# new soul: ", 3000);
   ASSERT_TRUE(engine.found());

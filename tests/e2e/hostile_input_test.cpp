@@ -50,7 +50,6 @@ class HostileInput : public testing::Test {
   }
   void start(const std::vector<std::string>& args = {"memory=1"}) {
     engine_ = std::make_unique<EngineProcess>(TALVENA_BIN, args);
-    ASSERT_TRUE(engine_->started());
     ASSERT_TRUE(engine_->awaits("# Talvena 3.0.23", 5000)) << "no banner";
   }
   std::string file(const std::string& name) const { return folder_.file(name); }

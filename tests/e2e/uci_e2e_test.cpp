@@ -16,7 +16,6 @@ using Lines = std::vector<std::string>;
 class UciTest : public testing::Test {
  protected:
   explicit UciTest(const Lines& args = {}) : engine_(TALVENA_BIN, args) {}
-  void SetUp() override { ASSERT_TRUE(engine_.started()); }
 
   std::string nextReply(int timeoutMs = 5000) { return engine_.nextReply(timeoutMs); }
   std::string ask(const std::string& line) { return engine_.ask(line); }

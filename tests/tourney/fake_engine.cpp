@@ -25,7 +25,6 @@
 #include <vector>
 
 #include "chess/board/board.h"
-#include "chess/board/tables.h"
 
 namespace {
 
@@ -50,7 +49,7 @@ void say(const std::string& line) {
 
 class FakeEngine {
  public:
-  explicit FakeEngine(Script script) : script_(std::move(script)) { board_.readFEN(kbuChess::clsBoard::START_FEN); }
+  explicit FakeEngine(Script script) : script_(std::move(script)) {}
 
   // Handles one received line; false ends the program.
   bool handle(const std::string& line) {
@@ -134,7 +133,6 @@ class FakeEngine {
 }  // namespace
 
 int main(int argc, char** argv) {
-  kbuChess::initTables();
   FakeEngine engine(Script{argc > 1 && std::string(argv[1]) == "uci", {argv + std::min(argc, 2), argv + argc}});
   for (std::string line; std::getline(std::cin, line);) {
     if (!line.empty() && line.back() == '\r') line.pop_back();

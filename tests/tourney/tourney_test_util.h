@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <mutex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -40,18 +41,16 @@ class TempFolder {
 // The game lines of a results file, each cut at its tabs into its nine
 // fields; the header is checked and left out.
 inline std::vector<Lines> resultRows(const std::string& path) {
-  const std::string text = readText(path);
-  const std::size_t body = std::min(text.find('\n'), text.size() - 1) + 1;
-  EXPECT_EQ(text.substr(0, body), "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening\n") << path;
+  std::istringstream in(readText(path));
+  std::string line;
+  std::getline(in, line);
+  EXPECT_EQ(line, "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening") << path;
   std::vector<Lines> rows;
-  for (std::size_t from = body, end; from < text.size(); from = end + 1) {
-    end = std::min(text.find('\n', from), text.size());
+  while (std::getline(in, line)) {
+    std::istringstream fields(line + '\t');  // so that an empty last field is read too
     Lines& row = rows.emplace_back();
-    for (std::size_t field = from, tab; field <= end; field = tab + 1) {
-      tab = std::min(text.find('\t', field), end);
-      row.push_back(text.substr(field, tab - field));
-    }
-    EXPECT_EQ(row.size(), 9u) << text.substr(from, end - from);
+    for (std::string field; std::getline(fields, field, '\t');) row.push_back(field);
+    EXPECT_EQ(row.size(), 9u) << line;
     row.resize(9);
   }
   return rows;

@@ -48,7 +48,7 @@ std::vector<std::string> ourGames(const std::string& pgn, kobubase::clsOutBuffer
 void expectSameGames(const std::string& pgn) {
   bookTest::TempFolder folder;
   bookTest::Quiet out;
-  const std::vector<std::string> reference = testFiles::runPgnExtract(pgn, folder).games;
+  const std::vector<std::string> reference = testFiles::gameMoves(pgn, folder.file("pgn-extract.txt")).games;
   const std::vector<std::string> ours = ourGames(pgn, out);
   ASSERT_FALSE(reference.empty()) << "pgn-extract read no game of " << pgn;
   ASSERT_EQ(ours.size(), reference.size()) << pgn;

@@ -13,12 +13,9 @@ using Lines = std::vector<std::string>;
 
 TEST(E2eConsoleTest, FormulaDiagramExitAndBackToXboard) {
   EngineProcess engine(TALVENA_BIN);
-  ASSERT_TRUE(engine.started());
-  engine.readUntil("# Talvena 3.0.23", 5000);
-  ASSERT_TRUE(engine.found());
+  ASSERT_TRUE(engine.awaits("# Talvena 3.0.23", 5000));
   engine.send("\\console");
-  engine.readUntil("#   help ", 3000);
-  ASSERT_TRUE(engine.found()) << "no sample commands";
+  ASSERT_TRUE(engine.awaits("#   help ", 3000)) << "no sample commands";
   engine.send("popcount(pawns & us) * 2 + (1 << 64)");
   EXPECT_EQ(engine.readLine(3000).value_or("<nothing>"), "# 16 (0x10)");
   engine.send("1 / (e4 & d4)");
@@ -35,10 +32,7 @@ TEST(E2eConsoleTest, FormulaDiagramExitAndBackToXboard) {
   EXPECT_EQ(engine.readLine(3000).value_or("<nothing>"), "# back to xboard");
   engine.send("ping 1");
   EXPECT_EQ(engine.readLine(3000).value_or("<nothing>"), "pong 1");
-  engine.send("quit");
-  engine.readUntil("# bye bye", 3000);
-  EXPECT_TRUE(engine.found());
-  EXPECT_EQ(engine.waitExit(3000), 0);
+  engine.quit();
 }
 
 }  // namespace

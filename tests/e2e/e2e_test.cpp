@@ -1,17 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <fstream>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "chess/board/board.h"
-#include "chess/board/tables.h"
 #include "engine_process.h"
+#include "tests/common/test_files.h"
 
 namespace {
 
@@ -22,43 +18,12 @@ const char* const FeatureLine =
     "myname=\"Talvena 3.0.23\" colors=0 ics=1 name=1 nps=0 debug=1 memory=1 smp=1";
 
 // "depth score centiseconds nodes moves...": four numbers, then the moves.
-bool isThinkingLine(const std::string& line) {
-  std::istringstream in(line);
-  long long number[4];
-  std::string move;
-  return line[0] >= '0' && line[0] <= '9' && in >> number[0] >> number[1] >> number[2] >> number[3] >> move;
-}
+const std::regex THINKING(R"(\d+ -?\d+ \d+ \d+ +\S.*)");
 
 class E2eTest : public testing::Test {
  protected:
-  static void SetUpTestSuite() { kbuChess::initTables(); }
-  void SetUp() override {
-    ASSERT_TRUE(engine_.started());
-    engine_.readUntil("# Talvena 3.0.23", 5000);
-    ASSERT_TRUE(engine_.found()) << "no banner";
-  }
-  // The next line that is not a comment.
-  std::string nextReply(int timeoutMs = 3000) {
-    for (;;) {
-      const std::optional<std::string> line = engine_.readLine(timeoutMs);
-      if (!line) return "<nothing>";
-      if (line->rfind("#", 0) != 0) return *line;
-    }
-  }
-  std::string ask(const std::string& line) {
-    engine_.send(line);
-    return nextReply();
-  }
-  // Quits (or closes the input) and checks the farewell and the exit status.
-  void expectCleanEnd(bool closeInput) {
-    closeInput ? engine_.closeInput() : engine_.send("quit");
-    const Lines lines = engine_.readUntil("# bye bye", 3000);
-    ASSERT_TRUE(engine_.found());
-    ASSERT_GE(lines.size(), 3u);
-    EXPECT_EQ(Lines(lines.end() - 3, lines.end()), (Lines{"# end", "# stop", "# bye bye"}));
-    EXPECT_FALSE(engine_.readLine(200).has_value());
-    EXPECT_EQ(engine_.waitExit(3000), 0);
-  }
+  void SetUp() override { ASSERT_TRUE(engine_.awaits("# Talvena 3.0.23", 5000)) << "no banner"; }
+  std::string ask(const std::string& line) { return engine_.ask(line); }
 
   EngineProcess engine_{TALVENA_BIN};
 };
@@ -70,29 +35,27 @@ TEST_F(E2eTest, HandshakeIllegalMovesAndEndOfInput) {
   for (auto [line, word] : {std::pair{"usermove e2e5", "usermove"}, {"usermove", "usermove"}, {"e4", "e4"}}) {
     EXPECT_EQ(ask(line), std::string("Illegal move: ") + word);
   }
-  expectCleanEnd(true);  // the end of input acts as quit
+  engine_.closeInput();  // the end of input acts as quit
+  engine_.expectFarewell();
 }
 
 TEST_F(E2eTest, PingDuringSearchIsAnsweredAfterTheMoveQuitEndsASearch) {
   for (const char* line : {"new", "level 0 0:20 0", "go"}) engine_.send(line);
-  engine_.readUntil("# moves 0/0 - time 498/20000 ms", 3000);
-  ASSERT_TRUE(engine_.found());
+  ASSERT_TRUE(engine_.awaits("# moves 0/0 - time 498/20000 ms", 3000));
   engine_.send("ping 5");
   const Lines lines = engine_.readUntil("pong 5", 5000);
   ASSERT_TRUE(engine_.found());
   ASSERT_GE(lines.size(), 2u);
   EXPECT_EQ(lines[lines.size() - 2].rfind("move ", 0), 0u) << lines[lines.size() - 2];
   engine_.send("go");  // now for Black; quit while that search runs
-  engine_.readUntil("# moves", 3000);
-  ASSERT_TRUE(engine_.found());
-  expectCleanEnd(false);
+  ASSERT_TRUE(engine_.awaits("# moves", 3000));
+  engine_.quit();
 }
 
 // A short game: the test plays White's first legal move each turn, checks
 // every reply of the engine on a board of its own, and answers the clocks.
 TEST_F(E2eTest, ShortGameWithClocksAndThinkingOutput) {
   kbuChess::clsBoard board;
-  board.readFEN(kbuChess::clsBoard::START_FEN);
   for (const char* line : {"new", "level 0 0:10 0", "post"}) engine_.send(line);
   int thinkingLines = 0;
   int played = 0;
@@ -108,7 +71,7 @@ TEST_F(E2eTest, ShortGameWithClocksAndThinkingOutput) {
     ASSERT_TRUE(engine_.found()) << "no reply to " << ours;
     for (const std::string& line : lines) {
       EXPECT_EQ(line.rfind("Illegal", 0), std::string::npos) << line;
-      if (isThinkingLine(line)) ++thinkingLines;
+      if (std::regex_match(line, THINKING)) ++thinkingLines;
     }
     const std::string reply = lines.back().substr(5);
     ASSERT_TRUE(board.readCoordinateMove(reply)) << "illegal engine move " << reply;
@@ -116,18 +79,14 @@ TEST_F(E2eTest, ShortGameWithClocksAndThinkingOutput) {
   ASSERT_GE(played, 3) << board.fen();
   EXPECT_GE(thinkingLines, played);
   EXPECT_EQ(ask("result 1/2-1/2 {test over}"), "<nothing>") << "result gets only a comment";
-  expectCleanEnd(false);
+  engine_.quit();
 }
 
 TEST_F(E2eTest, QuestionMarkStopsAndUndoTakesBack) {
   for (const char* line : {"new", "level 0 60 0", "go"}) engine_.send(line);
-  engine_.readUntil("# moves", 3000);
-  ASSERT_TRUE(engine_.found());
-  const auto asked = std::chrono::steady_clock::now();
-  engine_.send("?");
-  engine_.readUntil("move ", 2000);
-  ASSERT_TRUE(engine_.found());
-  EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::milliseconds(1000));
+  ASSERT_TRUE(engine_.awaits("# moves", 3000));
+  engine_.send("?");  // an hour on the clock: only "?" ends the search in time
+  ASSERT_TRUE(engine_.awaits("move ", 2000));
   // Back to the start: e2e4 must be legal again and the engine must stay quiet.
   for (const char* line : {"undo", "force", "e2e4", "undo", "undo", "usermove e2e4"}) engine_.send(line);
   engine_.send("ping 3");
@@ -136,7 +95,7 @@ TEST_F(E2eTest, QuestionMarkStopsAndUndoTakesBack) {
   EXPECT_EQ(std::count(lines.begin(), lines.end(), "# I'm not thinking"), 2);
   EXPECT_EQ(std::count(lines.begin(), lines.end(), "# nothing to undo"), 1);
   for (const std::string& line : lines) EXPECT_EQ(line.find("Illegal"), std::string::npos) << line;
-  expectCleanEnd(false);
+  engine_.quit();
 }
 
 TEST_F(E2eTest, BadInputGetsRepliesAndTheEngineKeepsWorking) {
@@ -153,16 +112,7 @@ TEST_F(E2eTest, BadInputGetsRepliesAndTheEngineKeepsWorking) {
   engine_.send("setboard not a position at all");
   EXPECT_EQ(ask("usermove zz"), "Illegal move: usermove");
   EXPECT_EQ(ask("ping 77"), "pong 77");
-  expectCleanEnd(false);
-}
-
-// The squares of a move in long form ("Nb1-c3", "e2xd3") as coordinates.
-std::string coordinates(const std::string& longForm) {
-  std::string squares;
-  for (const char c : longForm) {
-    if ((c >= 'a' && c <= 'h') || (c >= '1' && c <= '8')) squares += c;
-  }
-  return squares;
+  engine_.quit();
 }
 
 // A long count reports each root move once it has run a second, and "?"
@@ -176,29 +126,24 @@ TEST_F(E2eTest, LongPerftReportsProgressAndEndsOnQuestionMark) {
   ASSERT_TRUE(
       std::regex_match(progress, parts, std::regex(R"(# perft (\S+) (\d+) - (\d+) root moves, (\d+) nodes, (\d+) ms)")))
       << progress;
-  const std::string move = parts[1];
+  std::string move = parts[1];  // in long form ("Nb1-c3", "e2xd3"): its squares are the coordinates
+  std::erase_if(move, [](char c) { return !((c >= 'a' && c <= 'h') || (c >= '1' && c <= '8')); });
   const unsigned long long count = std::stoull(parts[2]);
   EXPECT_GE(std::stoull(parts[4]), count);
   EXPECT_GE(std::stoull(parts[5]), 1000u);
   kbuChess::clsBoard board;
-  board.readFEN(kbuChess::clsBoard::START_FEN);
-  ASSERT_TRUE(board.readCoordinateMove(coordinates(move))) << move;
-  EXPECT_EQ(board.perft(6, false), count) << move;
+  ASSERT_TRUE(board.readCoordinateMove(move)) << progress;
+  EXPECT_EQ(board.perft(6, false), count) << progress;
 
   engine_.send("?");
-  engine_.readUntil("# perft stopped after ", 30000);
-  ASSERT_TRUE(engine_.found()) << "? did not end the count";
+  ASSERT_TRUE(engine_.awaits("# perft stopped after ", 30000)) << "? did not end the count";
   EXPECT_EQ(ask("ping 4"), "pong 4");
   // A queued quit, like the end of input, waits for the count: scripts that
   // pipe a perft get their number.
   engine_.send("perft 5");
-  engine_.send("quit");
-  const Lines end = engine_.readUntil("# bye bye", 60000);
-  ASSERT_TRUE(engine_.found());
+  const Lines end = engine_.quit(60000);
   ASSERT_GE(end.size(), 4u);
   EXPECT_EQ(end[end.size() - 4].rfind("Nodes: 4865609, Time: ", 0), 0u) << end[end.size() - 4];
-  EXPECT_EQ(Lines(end.end() - 3, end.end()), (Lines{"# end", "# stop", "# bye bye"}));
-  EXPECT_EQ(engine_.waitExit(3000), 0);
 }
 
 // The board display reads the position record the game keeps, so its value
@@ -222,7 +167,7 @@ TEST_F(E2eTest, BoardValueIsTheIncrementalScoreAndUndoRestoresIt) {
   EXPECT_EQ(value("queen"), "# black value: -5.98 FEN: 1Q2k3/8/8/8/8/8/8/4K3 b - -");
   for (const char* line : {"undo", "a7b8r", "\\"}) engine_.send(line);
   EXPECT_EQ(value("rook"), "# black value: -1.10 FEN: 1R2k3/8/8/8/8/8/8/4K3 b - -");
-  expectCleanEnd(false);
+  engine_.quit();
 }
 
 // The engine on move always moves: a command that keeps the driver busy
@@ -241,25 +186,21 @@ TEST_F(E2eTest, EngineOnMoveAlwaysMovesAndEveryPingIsAnswered) {
   for (const char* line : {"go", "ping 7", "ping 8", "force", "ping 9"}) engine_.send(line);
   lines = engine_.readUntil("pong 9", 5000);
   ASSERT_TRUE(engine_.found());
-  const Lines pongs = [&] {
-    Lines found;
-    std::copy_if(lines.begin(), lines.end(), std::back_inserter(found),
-                 [](const std::string& l) { return l.rfind("pong", 0) == 0 || l.rfind("move", 0) == 0; });
-    return found;
-  }();
+  Lines pongs;
+  for (const std::string& l : lines)
+    if (l.rfind("pong", 0) == 0 || l.rfind("move", 0) == 0) pongs.push_back(l);
   EXPECT_EQ(pongs, (Lines{"pong 7", "pong 8", "pong 9"}));
   engine_.send("setboard k7/PPPPPPPP/8/8/8/8/pppppppp/K7 w - - 0 1");
   EXPECT_EQ(ask("perft 3").rfind("Nodes: 0, ", 0), 0u);
-  expectCleanEnd(false);
+  engine_.quit();
 }
 
 // Command-line options: the table size, a soul loaded before the loop, the
 // log of received commands; and the tournament mode, which never reads input.
 TEST(E2eStartTest, OptionsFromTheCommandLine) {
-  const std::string log = testing::TempDir() + "e2e_commands.log";
-  std::remove(log.c_str());
+  const testFiles::TempFolder folder;
+  const std::string log = folder.file("commands.log");
   EngineProcess engine(TALVENA_BIN, {"memory=1", "-memory=64", "-load=Quick=1 2 3", "-log=" + log});
-  ASSERT_TRUE(engine.started());
   EXPECT_EQ(engine.readLine(5000).value_or(""), "# TT 32768 entries - 1 MiB");
   const Lines start = engine.readUntil("# new soul: ", 3000);
   ASSERT_TRUE(engine.found());
@@ -267,16 +208,10 @@ TEST(E2eStartTest, OptionsFromTheCommandLine) {
   EXPECT_EQ(start.front().rfind("# Talvena 3.0.23", 0), 0u);
   engine.send("ping  8 ");
   EXPECT_EQ(engine.readLine(3000).value_or(""), "pong 8");
-  engine.send("quit");
-  engine.readUntil("# bye bye", 3000);
-  EXPECT_TRUE(engine.found());
-  EXPECT_EQ(engine.waitExit(3000), 0);
-  std::stringstream text;
-  text << std::ifstream(log).rdbuf();
+  engine.quit();
   // Every received line is logged as word, tab, the rest; commands the program
   // runs itself go through the same dispatcher and log.
-  EXPECT_EQ(text.str(), "\\loadsoul\tQuick=1 2 3\nping\t8\nquit\t\n");
-  std::remove(log.c_str());
+  EXPECT_EQ(testFiles::readText(log), "\\loadsoul\tQuick=1 2 3\nping\t8\nquit\t\n");
 }
 
 // "--help" and "--version" answer and leave at once, without the banner; a
@@ -284,15 +219,7 @@ TEST(E2eStartTest, OptionsFromTheCommandLine) {
 TEST(E2eStartTest, HelpVersionAndUnknownArguments) {
   for (const char* help : {"--help", "-h"}) {
     EngineProcess engine(TALVENA_BIN, {"memory=1", help});
-    const Lines lines = engine.readUntil("  --version", 3000);
-    ASSERT_TRUE(engine.found()) << help;
-    EXPECT_EQ(lines.front(), "Usage: talvena [name=value ...]");
-    EXPECT_NE(std::find(lines.begin(), lines.end(),
-                        "  memory=MIB           transposition table size in MiB (0 to 65536; default none)"),
-              lines.end());
-    EXPECT_EQ(engine.readUntil("# ", 1000),
-              (Lines{"", "At the prompt: xboard commands (new, go, usermove e2e4, perft 5, quit) and the",
-                     "backslash commands (\\ for the board, \\loadbook, \\buildbooks, ...)."}));
+    EXPECT_EQ(engine.readLine(3000).value_or(""), "Usage: talvena [name=value ...]") << help;
     EXPECT_EQ(engine.waitExit(3000), 0);
   }
   EngineProcess version(TALVENA_BIN, {"--version"});
@@ -304,20 +231,12 @@ TEST(E2eStartTest, HelpVersionAndUnknownArguments) {
   EXPECT_EQ(engine.readLine(5000).value_or(""), "# ignoring argument frobnicate: options are name=value, see --help");
   EXPECT_EQ(engine.readLine(5000).value_or(""), "# TT 0 entries - 0 MiB");
   EXPECT_EQ(engine.readLine(5000).value_or(""), "# no preset or file named Bogus; the soul in use is Simple5");
-  engine.send("quit");
-  engine.readUntil("# bye bye", 3000);
-  EXPECT_TRUE(engine.found());
-  EXPECT_EQ(engine.waitExit(3000), 0);
+  engine.quit();
 }
 
+// Its input stays open: the tournament mode needs no line to end.
 TEST(E2eStartTest, TourneyModeRunsWithoutTheLoop) {
-  EngineProcess engine(TALVENA_BIN, {"-use=tourney"});
-  ASSERT_TRUE(engine.started());
-  const Lines lines = engine.readUntil("# bye bye", 10000);
-  ASSERT_TRUE(engine.found());
-  ASSERT_GE(lines.size(), 4u);
-  EXPECT_EQ(Lines(lines.end() - 3, lines.end()), (Lines{"# end", "# stop", "# bye bye"}));
-  EXPECT_EQ(engine.waitExit(3000), 0);  // its input is still open: no line was needed
+  EngineProcess::run({"-use=tourney"}, 10000);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 // The program under test as a child process behind pipes, for tests: every
 // read has a deadline, so a silent or hung program fails the test instead of
 // hanging it.
+#include <gtest/gtest.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,6 +46,45 @@ class EngineProcess : public kobubase::clsRedirectedChild {
       lines.push_back(std::move(*line));
     }
     return lines;
+  }
+
+  // Whether a line starting with prefix came in time (the lines before it are dropped).
+  bool awaits(const std::string& prefix, int timeoutMs) {
+    readUntil(prefix, timeoutMs);
+    return found_;
+  }
+
+  // The next line that is not a comment, or "<nothing>".
+  std::string nextReply(int timeoutMs = 5000) {
+    for (;;) {
+      const std::optional<std::string> line = readLine(timeoutMs);
+      if (!line) return "<nothing>";
+      if (line->rfind("#", 0) != 0) return *line;
+    }
+  }
+  std::string ask(const std::string& line) {
+    send(line);
+    return nextReply();
+  }
+
+  // Reads to the farewell and checks the program's last lines, that nothing
+  // follows them, and its exit status; the lines read, farewell last.
+  std::vector<std::string> expectFarewell(int timeoutMs = 5000, int status = 0) {
+    const std::vector<std::string> lines = readUntil("# bye bye", timeoutMs);
+    EXPECT_TRUE(found_) << (lines.empty() ? "no line at all" : "last line: " + lines.back());
+    const std::vector<std::string> end{"# end", "# stop", "# bye bye"};
+    EXPECT_TRUE(lines.size() >= 3 && std::vector<std::string>(lines.end() - 3, lines.end()) == end);
+    EXPECT_FALSE(readLine(200).has_value());
+    EXPECT_EQ(waitExit(timeoutMs), status);
+    return lines;
+  }
+  std::vector<std::string> quit(int timeoutMs = 5000) {
+    send("quit");
+    return expectFarewell(timeoutMs);
+  }
+  // Runs the program with the arguments to its end; the lines it printed.
+  static std::vector<std::string> run(const std::vector<std::string>& args, int timeoutMs, int status = 0) {
+    return EngineProcess(TALVENA_BIN, args).expectFarewell(timeoutMs, status);
   }
 
   bool started() const { return pid() > 0; }

@@ -4,19 +4,16 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "engine_process.h"
+#include "tests/common/test_files.h"
 
 namespace {
 
@@ -41,41 +38,21 @@ std::string bookBytes(std::uint32_t count) {
   return bytes + std::string("*END*\0", 6);
 }
 
-std::string readBytes(const std::string& path) {
-  std::stringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
-}
-
-void writeBytes(const std::string& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary) << bytes;
-}
-
 bool contains(const Lines& lines, const std::string& line) {
   return std::find(lines.begin(), lines.end(), line) != lines.end();
 }
 
 class HostileInput : public testing::Test {
  protected:
-  void SetUp() override {
-    const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
-    folder_ = testing::TempDir() + "hostile-" + name + "-" + std::to_string(::getpid());
-    fs::remove_all(folder_);
-    fs::create_directories(folder_);
-  }
   void TearDown() override {
     engine_.reset();
     if (!mounted_.empty()) ::umount2(mounted_.c_str(), MNT_DETACH);
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
   }
   void start(const std::vector<std::string>& args = {"memory=1"}) {
     engine_ = std::make_unique<EngineProcess>(TALVENA_BIN, args);
-    ASSERT_TRUE(engine_->started());
-    engine_->readUntil("# Talvena 3.0.23", 5000);
-    ASSERT_TRUE(engine_->found()) << "no banner";
+    ASSERT_TRUE(engine_->awaits("# Talvena 3.0.23", 5000)) << "no banner";
   }
-  std::string file(const std::string& name) const { return folder_ + "/" + name; }
+  std::string file(const std::string& name) const { return folder_.file(name); }
   // Sends the command and reads up to the line that begins with `last`.
   Lines run(const std::string& command, const std::string& last) {
     engine_->send(command);
@@ -93,7 +70,7 @@ class HostileInput : public testing::Test {
     mounted_ = where;
   }
 
-  std::string folder_;
+  testFiles::TempFolder folder_;
   std::string mounted_;
   std::unique_ptr<EngineProcess> engine_;
 };
@@ -102,15 +79,15 @@ TEST_F(HostileInput, AFullDiskKeepsTheBookASaveWasToReplace) {
   const std::string disk = file("disk");
   mountSmallDisk(disk);
   const std::string book = disk + "/book.sbk";
-  writeBytes(book, bookBytes(10));
-  writeBytes(file("big.sbk"), bookBytes(10000));  // 110 KB: more than the disk holds
+  testFiles::writeText(book, bookBytes(10));
+  testFiles::writeText(file("big.sbk"), bookBytes(10000));  // 110 KB: more than the disk holds
   start();
   EXPECT_EQ(run("\\loadbook " + file("big.sbk"), "# book ").back(),
             "# book " + file("big.sbk") + " loaded with 10000 positions");
   const Lines lines = run("\\savebook " + book, "# " + book + " is as it was");
   EXPECT_TRUE(contains(lines, "# wait...\r# error 28: No space left on device")) << lines.front();
   EXPECT_TRUE(contains(lines, "# error saving " + book));
-  EXPECT_EQ(readBytes(book), bookBytes(10));
+  EXPECT_EQ(testFiles::readText(book), bookBytes(10));
   EXPECT_EQ(std::distance(fs::directory_iterator(disk), fs::directory_iterator()), 1) << "a temporary file was left";
   expectPong(1);
 }
@@ -118,13 +95,13 @@ TEST_F(HostileInput, AFullDiskKeepsTheBookASaveWasToReplace) {
 TEST_F(HostileInput, ABuildIntoItsOwnInputKeepsTheGames) {
   const std::string games = file("games.pgn");
   const std::string pgn = "[Result \"1-0\"]\n\n1. e4 e5 2. Qh5 Nc6 3. Bc4 Nf6 4. Qxf7# 1-0\n";
-  writeBytes(games, pgn);
+  testFiles::writeText(games, pgn);
   start();
   for (const char* type : {"0", "1"}) {
     EXPECT_EQ(run("\\buildbooks " + games + " " + games + " 20 " + type, "# error").back(),
               "# error: the output " + games + " is the input " + games + "; nothing was built");
   }
-  EXPECT_EQ(readBytes(games), pgn);
+  EXPECT_EQ(testFiles::readText(games), pgn);
   expectPong(2);
 }
 
@@ -134,10 +111,10 @@ TEST_F(HostileInput, LearningKeepsTheSoulsItDidNotUse) {
   const std::string souls = file("hand.souls");
   const std::string hand =
       "# three souls and a typo\nA" + SOUL_VALUES + "\nB=1 2\nC" + SOUL_VALUES + "\nD" + SOUL_VALUES + "\n";
-  writeBytes(souls, hand);
+  testFiles::writeText(souls, hand);
   start();
   run("\\learn " + souls + " 1 2 1 1", "# learning done");
-  const std::string text = readBytes(souls);
+  const std::string text = testFiles::readText(souls);
   EXPECT_EQ(text.substr(0, hand.size()), hand);
   EXPECT_EQ(text.find("# generation 1 games 2 scores ", hand.size()), hand.size());
   expectPong(3);
@@ -146,12 +123,12 @@ TEST_F(HostileInput, LearningKeepsTheSoulsItDidNotUse) {
 TEST_F(HostileInput, TheLastGenerationNumberKeepsTheSoulFileReadable) {
   const std::string souls = file("old.souls");
   const std::string text = "# generation 2147483647 games 2 scores 2 2\nA" + SOUL_VALUES + "\nC" + SOUL_VALUES + "\n";
-  writeBytes(souls, text);
+  testFiles::writeText(souls, text);
   start();
   EXPECT_EQ(run("\\learn " + souls + " 1 2 1 1", "# soul file " + souls + " holds generation 2147483647, the").back(),
             "# soul file " + souls +
                 " holds generation 2147483647, the last number a soul file can hold: learn into a new file");
-  EXPECT_EQ(readBytes(souls), text);
+  EXPECT_EQ(testFiles::readText(souls), text);
   expectPong(4);
 }
 
@@ -209,7 +186,7 @@ TEST_F(HostileInput, EveryFileCommandAnswersForAnyKindOfPath) {
   }
   // A text file beyond the bound the README states (sparse: it costs no disk).
   const std::string big = file("big.epd");
-  writeBytes(big, "");
+  testFiles::writeText(big, "");
   fs::resize_file(big, (64u << 20) + 1);
   EXPECT_EQ(run("\\epd 100 " + big, "# error").back(), "# error: " + big + " is larger than 64 MiB");
   expectPong(++ping);

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "chess/board/board.h"
-#include "chess/board/tables.h"
 #include "engine_process.h"
 
 namespace {
@@ -16,22 +15,10 @@ using Lines = std::vector<std::string>;
 
 class UciTest : public testing::Test {
  protected:
-  static void SetUpTestSuite() { kbuChess::initTables(); }
   explicit UciTest(const Lines& args = {}) : engine_(TALVENA_BIN, args) {}
-  void SetUp() override { ASSERT_TRUE(engine_.started()); }
 
-  // The next line that is not a comment.
-  std::string nextReply(int timeoutMs = 5000) {
-    for (;;) {
-      const std::optional<std::string> line = engine_.readLine(timeoutMs);
-      if (!line) return "<nothing>";
-      if (line->rfind("#", 0) != 0) return *line;
-    }
-  }
-  std::string ask(const std::string& line) {
-    engine_.send(line);
-    return nextReply();
-  }
+  std::string nextReply(int timeoutMs = 5000) { return engine_.nextReply(timeoutMs); }
+  std::string ask(const std::string& line) { return engine_.ask(line); }
   // The replies up to one that starts with prefix, which comes last.
   Lines repliesUntil(const std::string& prefix, int timeoutMs = 5000) {
     Lines lines;
@@ -40,18 +27,11 @@ class UciTest : public testing::Test {
     } while (lines.back().rfind(prefix, 0) != 0 && lines.back() != "<nothing>");
     return lines;
   }
-  // The move of the bestmove line is legal in the position given as FEN and moves.
-  static bool legalIn(const std::string& bestmove, const std::string& fen, const Lines& moves = {}) {
+  // The move of the bestmove line is legal after the moves from the start.
+  static bool legalAfter(const std::string& bestmove, const Lines& moves = {}) {
     kbuChess::clsBoard board;
-    board.readFEN(fen);
     for (const std::string& move : moves) EXPECT_TRUE(board.readCoordinateMove(move)) << move;
     return bestmove.rfind("bestmove ", 0) == 0 && board.readCoordinateMove(bestmove.substr(9));
-  }
-  void expectQuit() {
-    engine_.send("quit");
-    engine_.readUntil("# bye bye", 5000);
-    EXPECT_TRUE(engine_.found());
-    EXPECT_EQ(engine_.waitExit(5000), 0);
   }
 
   EngineProcess engine_;
@@ -61,8 +41,6 @@ class UciForcedTest : public UciTest {
  protected:
   UciForcedTest() : UciTest({"-use=uci"}) {}
 };
-
-const std::string START = kbuChess::clsBoard::START_FEN;
 
 TEST_F(UciTest, HandshakeOptionsAndBadInput) {
   engine_.send("uci");
@@ -95,8 +73,8 @@ TEST_F(UciTest, HandshakeOptionsAndBadInput) {
   }
   engine_.send("go depth 2");
   const Lines lines = repliesUntil("bestmove");
-  EXPECT_TRUE(legalIn(lines.back(), START, {"e2e4", "e7e5"})) << lines.back();
-  expectQuit();
+  EXPECT_TRUE(legalAfter(lines.back(), {"e2e4", "e7e5"})) << lines.back();
+  engine_.quit();
 }
 
 TEST_F(UciForcedTest, SearchCommandsAlwaysEndInALegalBestMove) {
@@ -110,13 +88,13 @@ TEST_F(UciForcedTest, SearchCommandsAlwaysEndInALegalBestMove) {
   engine_.send("isready");  // answered while the search goes on, perhaps after more info lines
   EXPECT_EQ(repliesUntil("readyok").back(), "readyok");
   engine_.send("stop");
-  EXPECT_TRUE(legalIn(repliesUntil("bestmove").back(), START));
+  EXPECT_TRUE(legalAfter(repliesUntil("bestmove").back()));
 
   // Absurd clocks are clamped: no time left means a move at once.
   for (const char* go : {"go movetime 100", "go wtime -5 btime 99999999999999999999 movestogo -3 winc x",
                          "go nodes 2000", "go depth 999 movetime 200"}) {
     engine_.send(go);
-    EXPECT_TRUE(legalIn(repliesUntil("bestmove").back(), START)) << go;
+    EXPECT_TRUE(legalAfter(repliesUntil("bestmove").back())) << go;
   }
 
   // One legal move, a mate found at depth 2, a promotion; a ponder search
@@ -150,7 +128,7 @@ TEST_F(UciForcedTest, SearchCommandsAlwaysEndInALegalBestMove) {
   engine_.send("go infinite");
   engine_.send("isready");
   EXPECT_EQ(repliesUntil("readyok").back(), "readyok");
-  expectQuit();  // "quit" ends a running search
+  engine_.quit();  // "quit" ends a running search
 }
 
 }  // namespace

@@ -16,7 +16,6 @@
 //     ignorequit    stay alive after "quit"
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -26,7 +25,6 @@
 #include <vector>
 
 #include "chess/board/board.h"
-#include "chess/board/tables.h"
 
 namespace {
 
@@ -46,14 +44,12 @@ struct Script {
 };
 
 void say(const std::string& line) {
-  std::fwrite(line.data(), 1, line.size(), stdout);
-  std::fputc('\n', stdout);
-  std::fflush(stdout);
+  std::cout << line << std::endl;
 }
 
 class FakeEngine {
  public:
-  explicit FakeEngine(Script script) : script_(std::move(script)) { board_.readFEN(kbuChess::clsBoard::START_FEN); }
+  explicit FakeEngine(Script script) : script_(std::move(script)) {}
 
   // Handles one received line; false ends the program.
   bool handle(const std::string& line) {
@@ -62,12 +58,12 @@ class FakeEngine {
     std::string command;
     words >> command;
     if (command == "quit") return script_.has("ignorequit");
-    script_.uci ? uciCommand(command, words) : xboardCommand(command, words, line);
+    script_.uci ? uciCommand(command, words) : xboardCommand(command, line);
     return true;
   }
 
  private:
-  void xboardCommand(const std::string& command, std::istringstream& words, const std::string& line) {
+  void xboardCommand(const std::string& command, const std::string& line) {
     if (command == "protover") {
       if (!script_.value("slowstart").empty()) {
         say("feature done=0");
@@ -75,9 +71,7 @@ class FakeEngine {
       }
       say(std::string("feature myname=\"fake\" ping=") + (script_.has("ping") ? "1" : "0") + " done=1");
     } else if (command == "ping") {
-      std::string number;
-      words >> number;
-      say("pong " + number);
+      say("pong" + line.substr(4));
     } else if (command == "new") {
       board_.readFEN(kbuChess::clsBoard::START_FEN);
       ownSide_ = 1;
@@ -139,7 +133,6 @@ class FakeEngine {
 }  // namespace
 
 int main(int argc, char** argv) {
-  kbuChess::initTables();
   FakeEngine engine(Script{argc > 1 && std::string(argv[1]) == "uci", {argv + std::min(argc, 2), argv + argc}});
   for (std::string line; std::getline(std::cin, line);) {
     if (!line.empty() && line.back() == '\r') line.pop_back();

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -17,6 +16,7 @@
 
 namespace {
 
+using tourney_test::anyHolds;
 using tourney_test::Lines;
 using tourney_test::TempFolder;
 
@@ -37,30 +37,15 @@ const std::string CLOCK = "<clock moves_per_second=\"0\" game_ms=\"1000\" increm
 // "round game" -> opening, and how many lines each (round, game) has.
 std::map<std::string, std::string> openingsOf(const std::string& path, std::map<std::string, int>& counts) {
   std::map<std::string, std::string> openings;
-  std::istringstream in(tourney_test::readText(path));
-  std::string line;
-  std::getline(in, line);
-  while (std::getline(in, line)) {
-    std::vector<std::string> f;
-    std::stringstream split(line);
-    for (std::string field; std::getline(split, field, '\t');) f.push_back(field);
-    if (f.size() < 9) continue;
-    openings[f[0] + " " + f[1]] = f[8];
-    ++counts[f[0] + " " + f[1]];
+  for (const Lines& row : tourney_test::resultRows(path)) {
+    openings[row[0] + " " + row[1]] = row[8];
+    ++counts[row[0] + " " + row[1]];
   }
   return openings;
 }
 
-Lines runTalvena(const Lines& args) {
-  EngineProcess talvena(TALVENA_BIN, args);
-  Lines lines = talvena.readUntil("# bye bye", 120000);
-  EXPECT_TRUE(talvena.found());
-  return lines;
-}
-
-bool holds(const Lines& lines, const std::string& text) {
-  return std::any_of(lines.begin(), lines.end(),
-                     [&](const std::string& l) { return l.find(text) != std::string::npos; });
+Lines runTalvena(const Lines& args, int status = 0) {
+  return EngineProcess::run(args, 120000, status);
 }
 
 TEST(TourneyResume, KilledRunResumedPlaysEachGameOnceWithTheSameOpenings) {
@@ -83,19 +68,19 @@ TEST(TourneyResume, KilledRunResumedPlaysEachGameOnceWithTheSameOpenings) {
     talvena.waitExit(5000);
   }
   const Lines resumed = runTalvena({"-use=tourney", "-ini=" + ini, "-resume"});
-  EXPECT_TRUE(holds(resumed, "# resume: run 1 keeps ")) << resumed.front();
+  EXPECT_TRUE(anyHolds(resumed, "# resume: run 1 keeps ")) << resumed.front();
   counts.clear();
   EXPECT_EQ(openingsOf(killed.file("pairs-1-results.tsv"), counts), expected);
   for (const auto& [game, count] : counts) EXPECT_EQ(count, 1) << game;
-  EXPECT_TRUE(holds(resumed, "# A vs B: games 6 W-L-D "));
+  EXPECT_TRUE(anyHolds(resumed, "# A vs B: games 6 W-L-D "));
 
   // The settings of the run are checked; a folder without a run has nothing to resume.
   const std::string changed = writeEvent(killed, "<clock game_ms=\"2000\"/>");
-  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + changed, "-resume"}),
-                    "# resume refused: clock differs (run: 0/1000+10; file: 300000/2000+0)"));
+  EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + changed, "-resume"}, 1),
+                       "# resume refused: clock differs (run: 0/1000+10; file: 300000/2000+0)"));
   const TempFolder empty("empty");
-  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + writeEvent(empty, CLOCK), "-resume"}),
-                    "# resume: no earlier run of pairs in " + empty.path()));
+  EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(empty, CLOCK), "-resume"}, 1),
+                       "# resume: no earlier run of pairs in " + empty.path()));
 }
 
 }  // namespace
@@ -125,7 +110,7 @@ TEST(TourneyOpenings, FilesWithoutAnOpeningAreRefusedBeforeTheFirstGame) {
     out.setKeep(true);
     kbuChess::clsTourney tourney(config, out);
     EXPECT_FALSE(tourney.ready());
-    EXPECT_TRUE(holds(out.takeAll(), c.line)) << c.file;
+    EXPECT_TRUE(anyHolds(out.takeAll(), c.line)) << c.file;
   }
 }
 

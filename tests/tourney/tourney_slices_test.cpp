@@ -4,10 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -16,6 +14,7 @@
 
 namespace {
 
+using tourney_test::anyHolds;
 using tourney_test::Lines;
 using tourney_test::TempFolder;
 
@@ -32,28 +31,16 @@ std::string writeEvent(const TempFolder& folder, int seed) {
   return path;
 }
 
-Lines runTalvena(const Lines& args, int expectedStatus = 0) {
-  EngineProcess talvena(TALVENA_BIN, args);
-  Lines lines = talvena.readUntil("# bye bye", 120000);
-  EXPECT_TRUE(talvena.found());
-  EXPECT_EQ(talvena.waitExit(10000), expectedStatus) << args.back();
-  return lines;
+Lines runTalvena(const Lines& args, int status = 0) {
+  return EngineProcess::run(args, 120000, status);
 }
 
-// The results lines without their header, and "round game white black opening" of each.
-Lines dataLines(const std::string& path, std::set<std::string>* games = nullptr) {
-  std::istringstream in(tourney_test::readText(path));
-  Lines lines;
-  std::string line;
-  std::getline(in, line);
-  while (std::getline(in, line)) {
-    lines.push_back(line);
-    std::vector<std::string> f;
-    std::stringstream split(line);
-    for (std::string field; std::getline(split, field, '\t');) f.push_back(field);
-    if (games && f.size() == 9) games->insert(f[0] + " " + f[1] + " " + f[2] + " " + f[3] + " " + f[8]);
-  }
-  return lines;
+// "round game white black opening" of each game in the results file.
+std::set<std::string> gamesOf(const std::string& path) {
+  std::set<std::string> games;
+  for (const Lines& row : tourney_test::resultRows(path))
+    games.insert(row[0] + " " + row[1] + " " + row[2] + " " + row[3] + " " + row[8]);
+  return games;
 }
 
 // The merge's figures: every line after its count of games.
@@ -64,61 +51,56 @@ Lines figures(const Lines& output) {
   return Lines(from == output.end() ? from : from + 1, std::find(output.begin(), output.end(), "# end"));
 }
 
-bool holds(const Lines& lines, const std::string& text) {
-  return std::any_of(lines.begin(), lines.end(),
-                     [&](const std::string& l) { return l.find(text) != std::string::npos; });
-}
-
 TEST(TourneySlices, FourSlicesPlayTheGamesOfOneRunAndMergeExactly) {
   const TempFolder whole("whole-run"), sliced("sliced-run");
   runTalvena({"-use=tourney", "-ini=" + writeEvent(whole, 5)});
-  std::set<std::string> wholeGames, slicedGames;
-  dataLines(whole.file("sl-1-results.tsv"), &wholeGames);
+  const std::set<std::string> wholeGames = gamesOf(whole.file("sl-1-results.tsv"));
   ASSERT_EQ(wholeGames.size(), 8u);
 
   const std::string ini = writeEvent(sliced, 5);
-  Lines merge{"-use=merge"}, all;
+  Lines merge{"-use=merge"};
+  std::set<std::string> slicedGames;
+  std::string all = "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening\n";
   for (int k = 0; k < 4; ++k) {
     runTalvena({"-use=tourney", "-ini=" + ini, "-shard=" + std::to_string(k) + "/4"});
     const std::string file = sliced.file("sl-1-" + std::to_string(k) + "-of-4-results.tsv");
     merge.push_back(file);
-    for (const std::string& line : dataLines(file, &slicedGames)) all.push_back(line);
+    slicedGames.merge(gamesOf(file));
+    const std::string text = tourney_test::readText(file);
+    all += text.substr(text.find('\n') + 1);
   }
   EXPECT_EQ(slicedGames, wholeGames);
-  std::ofstream concatenated(sliced.file("sl-1-results.tsv"));
-  concatenated << "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening\n";
-  for (const std::string& line : all) concatenated << line << "\n";
-  concatenated.close();
+  testFiles::writeText(sliced.file("sl-1-results.tsv"), all);
   const Lines merged = figures(runTalvena(merge));
   EXPECT_EQ(merged, figures(runTalvena({"-use=merge", sliced.file("sl-1-results.tsv")})));
-  EXPECT_TRUE(holds(merged, "# A vs B: games 4 W-L-D ")) << (merged.empty() ? "" : merged.front());
-  EXPECT_TRUE(holds(merged, "# sprt A vs B (elo0 0, elo1 5, alpha 0.05, beta 0.05): LLR "));
+  EXPECT_TRUE(anyHolds(merged, "# A vs B: games 4 W-L-D ")) << (merged.empty() ? "" : merged.front());
+  EXPECT_TRUE(anyHolds(merged, "# sprt A vs B (elo0 0, elo1 5, alpha 0.05, beta 0.05): LLR "));
 
   // A pair in two files counts once; a slice played before is continued with -resume only.
-  EXPECT_TRUE(holds(runTalvena({"-use=merge", merge[1], merge[1]}),
-                    "# merge: round 1 game 1 of " + merge[1] + " is also in " + merge[1] + "; counted once"));
-  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + ini, "-shard=0/4"}, 1),
-                    "# " + merge[1] + " exists: this slice was played before; continue it with -resume"));
+  EXPECT_TRUE(anyHolds(runTalvena({"-use=merge", merge[1], merge[1]}),
+                       "# merge: round 1 game 1 of " + merge[1] + " is also in " + merge[1] + "; counted once"));
+  EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + ini, "-shard=0/4"}, 1),
+                       "# " + merge[1] + " exists: this slice was played before; continue it with -resume"));
 }
 
 TEST(TourneySlices, BadSlicesAndMergesAreRefused) {
   const TempFolder folder("bad-slices"), other("other-event");
-  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=4/4"}, 1),
-                    "# shard 4/4 needs N from 1 to 1000000 and K from 0 to N-1; the event does not start"));
-  EXPECT_TRUE(holds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=x/0"}, 1),
-                    "# shard x/0 is not K/N with whole numbers; the event does not start"));
+  EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=4/4"}, 1),
+                       "# shard 4/4 needs N from 1 to 1000000 and K from 0 to N-1; the event does not start"));
+  EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=x/0"}, 1),
+                       "# shard x/0 is not K/N with whole numbers; the event does not start"));
   const std::string header = "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening\n";
   std::ofstream(folder.file("sl-1-results.tsv")) << header << "1\t1\tA\tB\t1-0\tmate\t40\t900\te2e4\n1\t2\tA";
   std::ofstream(folder.file("sl-1-event.txt")) << "name\tsl\nseed\t5\n";
   std::ofstream(other.file("sl-1-results.tsv")) << header;
   std::ofstream(other.file("sl-1-event.txt")) << "name\tsl\nseed\t6\n";
-  EXPECT_TRUE(holds(
+  EXPECT_TRUE(anyHolds(
       runTalvena({"-use=merge", folder.file("sl-1-results.tsv")}, 1),
       "# merge: " + folder.file("sl-1-results.tsv") + ": line 3: cut short (the line has no end); nothing merged"));
   std::ofstream(folder.file("sl-1-results.tsv")) << header;
-  EXPECT_TRUE(holds(runTalvena({"-use=merge", folder.file("sl-1-results.tsv"), other.file("sl-1-results.tsv")}, 1),
-                    "# merge: " + other.file("sl-1-results.tsv") + " is of another event than " +
-                        folder.file("sl-1-results.tsv") + ": seed differs (run: 5; file: 6); nothing merged"));
+  EXPECT_TRUE(anyHolds(runTalvena({"-use=merge", folder.file("sl-1-results.tsv"), other.file("sl-1-results.tsv")}, 1),
+                       "# merge: " + other.file("sl-1-results.tsv") + " is of another event than " +
+                           folder.file("sl-1-results.tsv") + ": seed differs (run: 5; file: 6); nothing merged"));
 }
 
 }  // namespace

@@ -1,11 +1,12 @@
 #pragma once
 // Helpers shared by the tournament and learning tests: a file's bytes, a
-// scratch folder, the next reply of an adapter, and a game log that records.
+// scratch folder, a results file's rows, the next reply of an adapter, and a
+// game log that records.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <mutex>
 #include <sstream>
 #include <string>
@@ -13,17 +14,13 @@
 
 #include "base/thread.h"
 #include "chess/tourney/engine_interface.h"
+#include "tests/common/test_files.h"
 
 namespace tourney_test {
 
 using Lines = std::vector<std::string>;
 
-inline std::string readText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
+using testFiles::readText;
 
 // A fresh folder for one test, removed with its contents afterwards.
 class TempFolder {
@@ -40,6 +37,29 @@ class TempFolder {
  private:
   std::string path_;
 };
+
+// The game lines of a results file, each cut at its tabs into its nine
+// fields; the header is checked and left out.
+inline std::vector<Lines> resultRows(const std::string& path) {
+  std::istringstream in(readText(path));
+  std::string line;
+  std::getline(in, line);
+  EXPECT_EQ(line, "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening") << path;
+  std::vector<Lines> rows;
+  while (std::getline(in, line)) {
+    std::istringstream fields(line + '\t');  // so that an empty last field is read too
+    Lines& row = rows.emplace_back();
+    for (std::string field; std::getline(fields, field, '\t');) row.push_back(field);
+    EXPECT_EQ(row.size(), 9u) << line;
+    row.resize(9);
+  }
+  return rows;
+}
+
+inline bool anyHolds(const Lines& lines, const std::string& text) {
+  return std::any_of(lines.begin(), lines.end(),
+                     [&](const std::string& line) { return line.find(text) != std::string::npos; });
+}
 
 // The next non-empty reply within timeoutMs, or "<nothing>".
 inline std::string awaitReply(kbuChess::clsEngineInterface& engine, int timeoutMs) {

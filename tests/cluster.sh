@@ -119,9 +119,11 @@ compare() {  # how, folder
 }
 
 start_own_cluster() {
-  # The addresses are given so that a container whose name does not resolve works too.
-  local host conf="$WORK/slurm.conf"
+  # The addresses are given so that a container whose name does not resolve
+  # works too, and ports of its own so that two runs on one machine do not meet.
+  local host port conf="$WORK/slurm.conf"
   host=$(hostname -s)
+  port=$((20000 + RANDOM % 20000))
   head -c 1024 /dev/urandom >"$WORK/munge.key"
   chmod 400 "$WORK/munge.key"
   OWN_CLUSTER=1
@@ -131,6 +133,8 @@ start_own_cluster() {
   cat >"$conf" <<EOF
 ClusterName=talvena
 SlurmctldHost=$host(127.0.0.1)
+SlurmctldPort=$port
+SlurmdPort=$((port + 1))
 SlurmUser=root
 SlurmdUser=root
 AuthType=auth/munge

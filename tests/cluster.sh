@@ -32,6 +32,7 @@ chmod 755 "$WORK"  # munged wants every folder above its socket open to all
 JOB_NAME=talvena-cluster-test
 OWN_CLUSTER=0
 SUBMITTED=0
+SBATCH_PID=
 failures=0
 
 stop_daemon() {  # pid file
@@ -39,18 +40,23 @@ stop_daemon() {  # pid file
   local pid
   pid=$(cat "$1")
   kill "$pid" 2>/dev/null || return 0
-  for _ in $(seq 50); do kill -0 "$pid" 2>/dev/null || return 0; sleep 0.2; done
+  for _ in $(seq 50); do
+    ps -o stat= -p "$pid" | grep -qv Z || return 0  # gone, or a zombie waiting for its parent
+    sleep 0.2
+  done
   kill -9 "$pid" 2>/dev/null || true
 }
 
 cleanup() {
   [ "$SUBMITTED" = 0 ] || scancel --user="$(id -un)" --name="$JOB_NAME" 2>/dev/null || true
+  [ -z "$SBATCH_PID" ] || kill "$SBATCH_PID" 2>/dev/null || true
   if [ "$OWN_CLUSTER" = 1 ]; then
     for daemon in slurmd slurmctld munged; do stop_daemon "$WORK/$daemon.pid"; done
   fi
   rm -rf "$WORK"
 }
 trap cleanup EXIT
+trap 'exit 130' INT TERM
 
 check() {  # description, then a command that holds when the check passes
   local what=$1
@@ -185,10 +191,12 @@ check "slurm: a one-node cluster is up (sinfo: idle)" test "$slurm_ready" -eq 0
 if [ "$slurm_ready" -eq 0 ]; then
   mkdir -p "$WORK/slurm-jobs"
   SUBMITTED=1
-  if ! (cd "$WORK/slurm-jobs" && TALVENA=$TALVENA sbatch --wait --job-name="$JOB_NAME" --array=0-3 \
-    "$ROOT/examples/slurm/tourney.sbatch" "$WORK/slurm.xml" >/dev/null); then
-    tail -n 20 "$WORK"/slurm-jobs/* || true
-  fi
+  # sbatch --wait outlives Ctrl-C; waited for in the background, the trap ends it.
+  (cd "$WORK/slurm-jobs" && TALVENA=$TALVENA exec sbatch --wait --job-name="$JOB_NAME" --array=0-3 \
+    "$ROOT/examples/slurm/tourney.sbatch" "$WORK/slurm.xml" >/dev/null) &
+  SBATCH_PID=$!
+  wait "$SBATCH_PID" || tail -n 20 "$WORK"/slurm-jobs/* || true
+  SBATCH_PID=
   compare slurm slurm
 fi
 echo "# Slurm: ${SECONDS} s so far"

@@ -175,8 +175,11 @@ EOF
 
 echo "# single process"
 write_event single
-"$TALVENA" -use=tourney -ini="$WORK/single.xml" </dev/null >"$WORK/single.out" 2>&1 ||
-  { tail -n 20 "$WORK/single.out"; exit 1; }
+if ! "$TALVENA" -use=tourney -ini="$WORK/single.xml" </dev/null >"$WORK/single.out" 2>&1; then
+  tail -n 20 "$WORK/single.out"
+  echo "FAIL single process: $TALVENA -use=tourney failed; nothing to compare with"
+  exit 1
+fi
 echo "# single process: ${SECONDS} s"
 
 echo "# Slurm: a 4-task job array"
@@ -187,7 +190,7 @@ if [ -f /etc/slurm/slurm.conf ] && timeout 20 sinfo >/dev/null 2>&1; then
 else
   start_own_cluster && slurm_ready=0 || slurm_ready=1
 fi
-check "slurm: a one-node cluster is up (sinfo: idle)" test "$slurm_ready" -eq 0
+check "slurm: the cluster answers (sinfo: idle)" test "$slurm_ready" -eq 0
 if [ "$slurm_ready" -eq 0 ]; then
   mkdir -p "$WORK/slurm-jobs"
   SUBMITTED=1

@@ -190,7 +190,7 @@ if [ -f /etc/slurm/slurm.conf ] && timeout 20 sinfo >/dev/null 2>&1; then
 else
   start_own_cluster && slurm_ready=0 || slurm_ready=1
 fi
-check "slurm: the cluster answers (sinfo: idle)" test "$slurm_ready" -eq 0
+check "slurm: the cluster answers sinfo, its node idle" test "$slurm_ready" -eq 0
 if [ "$slurm_ready" -eq 0 ]; then
   mkdir -p "$WORK/slurm-jobs"
   SUBMITTED=1

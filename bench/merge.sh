@@ -3,8 +3,8 @@
 # two-player event with a sequential test, written as a 4-slice run writes
 # them (game pairs dealt to slice pair modulo 4), merged RUNS times (5 by
 # default) by `talvena -use=merge`. Prints the median wall and processor
-# (user + system) times, the lines merged per second of wall time and the
-# bytes of a results line.
+# (user + system) times, the lines merged per second of wall time, the bytes
+# of a results line and the merge's peak memory (GNU time, Debian's `time`).
 #   bench/merge.sh build/talvena [LINES] [RUNS]
 set -euo pipefail
 TALVENA=$(readlink -f "${1:-build/talvena}")
@@ -50,4 +50,6 @@ awk -v lines="$LINES" -v bytes="$bytes" -v runs="$RUNS" -v wall="$wall" -v cpu="
   printf "merge of %d lines in 4 files (%.1f MB, %.0f bytes a line), median of %d runs: wall %.3f s, processor %.3f s; %.0f lines a second\n",
          lines, bytes / 1e6, bytes / lines, runs, wall, cpu, lines / wall
 }'
+/usr/bin/time -f '%M' -o "$WORK/peak" "$TALVENA" -use=merge "${files[@]}" </dev/null >/dev/null
+echo "peak memory of the merge: $(($(cat "$WORK/peak") / 1024)) MB"
 grep -E '^# (Simple5 vs|sprt|SPRT)' "$WORK/merge.out" || true

@@ -56,6 +56,8 @@ class clsEmbeddedEngine : public clsEngineInterface, private clsEngine {
 
  protected:
   int startPauseMs() const override { return 0; }
+  // In the same process: nothing to announce, nothing to wait for.
+  bool declaresFeatures() const override { return false; }
 
  private:
   clsEngineShare table_;

@@ -160,7 +160,7 @@ bool clsEngineInterface::Prepare(int colour, std::int32_t gameMs, std::int32_t i
   Log("waiting for '" + name_ + "' initialization...");
   kobubase::sleepMs(startPauseMs());
   Init();
-  if (protocol_ == PROTOCOL_XBOARD && !awaitFeatures()) return false;
+  if (declaresFeatures() && !awaitFeatures()) return false;
   if (!awaitReady()) return false;
   NewGame();
   return true;

@@ -115,6 +115,8 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
  protected:
   // The pause between starting the program and the first command.
   virtual int startPauseMs() const { return START_PAUSE_MS; }
+  // Whether the engine declares xboard features that are to be waited for.
+  virtual bool declaresFeatures() const { return protocol_ == PROTOCOL_XBOARD; }
   // The reply a line from the engine stands for ("" for none).
   std::string translate(const std::string& line);
   // A move as this engine wants it: SAN when it asked for it, after

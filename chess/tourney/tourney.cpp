@@ -222,14 +222,14 @@ bool clsTourney::resumeRun() {
   return true;
 }
 
+// Written under a temporary name and renamed, so a slice starting at the same
+// moment never reads it half written and takes it for another event's.
 void clsTourney::writeSettings() {
   if (std::filesystem::exists(settingsPath_)) return;  // another slice of the run wrote it
   std::string text;
   for (const std::string& line : eventSettingsLines(config_, seed_)) text += line + "\n";
-  std::FILE* file = std::fopen(settingsPath_.c_str(), "wb");
-  if (file == nullptr || std::fwrite(text.data(), 1, text.size(), file) != text.size())
-    out_.print(kobubase::errorLine(errno) + " (" + settingsPath_ + ")");
-  if (file != nullptr) std::fclose(file);
+  std::string error;
+  if (!kobubase::writeFileAtomically(settingsPath_, text, error)) out_.print(error + " (" + settingsPath_ + ")");
 }
 
 clsTourney::~clsTourney() {

@@ -47,7 +47,7 @@ void clsEmbeddedEngine::NewGame() {
   control_.abandon();
   clsEngineInterface::NewGame();  // empties the history; nothing to send
   takeAll();
-  readFEN(START_FEN);
+  readFEN(startFen_.empty() ? std::string(START_FEN) : startFen_);
   gameFen_ = clsEngine::fen();
 }
 

@@ -70,6 +70,12 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
 
   void Init();
   void Sync();
+  // The position the next game starts from, in FEN with both move clocks;
+  // empty: the standard start position.
+  void setStartPosition(std::string fen) { startFen_ = std::move(fen); }
+  // xboard: "new", then for a game set up from a position "force" and the
+  // position ("setboard" when the engine announced setboard=1, else edit
+  // mode), then "post" and "level"; UCI: "ucinewgame", the position, "isready".
   virtual void NewGame();
   virtual void Go();
   // A move of the game in coordinate notation (a promotion as e7e8q or
@@ -121,9 +127,14 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   // "usermove " when it asked for that.
   std::string moveCommand(const std::string& move, const std::string& san) const;
   std::string levelCommand() const;
+  // UCI: "position startpos" or "position fen FEN", then " moves " and the history when it is not empty.
+  std::string positionCommand() const;
+  // xboard: the start position through "setboard", or through edit mode.
+  void sendStartPosition();
 
   clsGameLog* owner_;
   std::string moveHistory_;
+  std::string startFen_;  // empty: the standard start position
   std::string name_;
   std::int32_t pingCounter_ = 0;
   bool pingSupported_ = false;
@@ -136,7 +147,7 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   std::int32_t opponentClock_ = 0;
   std::int32_t opponentIncrement_ = 0;
   int protocol_;
-  bool forced_ = false;           // an opening was played: xboard in force mode, UCI without its position
+  bool forced_ = false;           // xboard in force mode (an opening), UCI without its position
   bool featuresDone_ = false;     // xboard "feature done=1" came
   bool featuresDelayed_ = false;  // xboard "feature done=0" came, "done=1" not yet
   bool notReady_ = false;

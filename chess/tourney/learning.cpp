@@ -168,7 +168,7 @@ bool clsLearning::playGeneration(const std::vector<Soul>& population, std::vecto
   std::vector<std::vector<std::string>> openings;
   for (int i = 0; i < static_cast<int>(population.size()); ++i) {
     for (int j = i + 1; j < static_cast<int>(population.size()); ++j) {
-      openings.push_back(openings_.line(random_));
+      openings.push_back(openings_.line(random_).moves);
       pairings.push_back({i, j, openings.size() - 1});
       pairings.push_back({j, i, openings.size() - 1});
     }

@@ -11,11 +11,12 @@
 #include <sstream>
 #include <thread>
 
+#include "base/command_result.h"
 #include "base/file_io.h"
 #include "base/interrupt.h"
 #include "base/text.h"
 #include "chess/book/book_file.h"
-#include "base/command_result.h"
+#include "chess/tourney/epd_suite.h"
 #include "chess/tourney/pgn_output.h"
 #include "chess/tourney/results_file.h"
 #include "chess/tourney/standings.h"
@@ -145,7 +146,9 @@ bool clsTourney::freshSlice() {
   return false;
 }
 
-// The opening source the file names; false when a named file gives no opening.
+// The opening source the file names, told by its extension: ".epd" an EPD
+// suite, ".pgn" a PGN suite, any other a book; false when a named file gives
+// no opening.
 bool clsTourney::makeOpenings() {
   const std::string& file = config_.openingBook;
   const auto endsWith = [&file](const char* tail) {
@@ -159,7 +162,8 @@ bool clsTourney::makeOpenings() {
     openings_ = std::make_unique<clsRandomOpenings>(config_.openingPlies);
     return true;
   }
-  if (endsWith(".pgn")) {
+  const bool epd = endsWith(".epd");
+  if (epd || endsWith(".pgn")) {
     std::string text;
     if (!readFileText(file, text)) {
       out_.print(kobubase::errorLine(errno ? errno : ENOENT) + " (" + file + ")");
@@ -167,13 +171,13 @@ bool clsTourney::makeOpenings() {
     }
     const int plies = config_.openingPliesGiven ? config_.openingPlies : TourneyConfig::MAX_SUITE_PLIES;
     auto suite = std::make_unique<clsSuiteOpenings>(
-        readPgnLines(text, plies, out_), config_.openingOrder == 1 ? OpeningOrder::RANDOM : OpeningOrder::SEQUENTIAL,
-        config_.openingStart);
+        epd ? readEpdPositions(text, out_) : readPgnLines(text, plies, out_),
+        config_.openingOrder == 1 ? OpeningOrder::RANDOM : OpeningOrder::SEQUENTIAL, config_.openingStart);
     if (suite->size() == 0) {
       out_.print("# openings: " + file + " holds no usable opening; the event does not start");
       return false;
     }
-    out_.print("# openings: " + std::to_string(suite->size()) + " lines from " + file);
+    out_.print("# openings: " + std::to_string(suite->size()) + (epd ? " positions from " : " lines from ") + file);
     openings_ = std::move(suite);
     return true;
   }
@@ -259,8 +263,7 @@ void clsTourney::gameFinished(clsTourneyGame& game) {
   row.reason = reasonText(record.result());
   row.plies = record.plies();
   row.ms = game.durationMs();
-  for (const std::string& move : roundOpenings_[static_cast<std::size_t>(pairOfGame_[row.game - 1])])
-    row.opening += (row.opening.empty() ? "" : " ") + move;
+  row.opening = roundOpenings_[static_cast<std::size_t>(pairOfGame_[row.game - 1])].text();
   kobubase::clsLock lock(logLock_);
   if (!appendResultsLine(resultsPath_, row)) out_.print(kobubase::errorLine(errno) + " (" + resultsPath_ + ")");
   rows_.push_back(std::move(row));

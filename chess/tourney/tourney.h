@@ -93,8 +93,8 @@ class clsTourney : public clsTourneyHost {
   std::vector<std::pair<int, int>> pairings_;  // (white, black) of game number index + 1
   std::vector<int> pairOfGame_;                // the pair, within a round, of each game
   int pairsPerRound_ = 0;
-  std::vector<std::vector<std::string>> roundOpenings_;  // of each pair this round
-  std::vector<bool> started_;                            // of each game this round
+  std::vector<Opening> roundOpenings_;  // of each pair this round
+  std::vector<bool> started_;           // of each game this round
   std::vector<std::unique_ptr<clsTourneyGame>> running_;
   std::set<std::pair<int, int>> done_;  // (round, game) of a resumed run's kept games
   std::vector<GameResultRow> rows_;     // every finished game of the run, under logLock_

@@ -102,7 +102,9 @@ void clsTourneyGame::play() {
     kobubase::clsLock lock(logLock_);
     log_.clear();
   }
-  board_.readFEN(clsGame::START_FEN);
+  const std::string start = opening_.startFen();
+  game_.setStartFen(start);
+  board_.readFEN(start);
   board_.resetFrames();
   game_.addPosition(repetitionKey(board_.position()));
   if (players_[0] == nullptr || players_[1] == nullptr) return;
@@ -126,6 +128,7 @@ bool clsTourneyGame::createAdapters() {
   for (int colour = WHITE; colour <= BLACK; ++colour) {
     adapters_[colour] = makeAdapter(colour);
     if (!adapters_[colour]) return false;
+    adapters_[colour]->setStartPosition(opening_.fen);
     clocks_[colour] = clock_.gameMs;
     if (!prepareAdapter(colour) || cancelled_.load()) return false;
   }
@@ -166,7 +169,7 @@ std::unique_ptr<clsEngineInterface> clsTourneyGame::makeAdapter(int colour) {
 // The opening's moves are played on the board and told to both players as
 // moves of the game; an opening move that is not legal ends the opening.
 void clsTourneyGame::playOpening() {
-  for (const std::string& move : opening_) {
+  for (const std::string& move : opening_.moves) {
     std::string san;
     if (!playCoordinateMove(board_, move, san)) {
       log("opening move " + move + " is not legal here; the game goes on from the position before it");

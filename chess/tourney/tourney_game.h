@@ -16,6 +16,7 @@
 #include "chess/board/board.h"
 #include "chess/tourney/engine_interface.h"
 #include "chess/tourney/game_record.h"
+#include "chess/tourney/openings.h"
 #include "chess/tourney/player.h"
 #include "chess/tourney/score_adjudication.h"
 
@@ -59,8 +60,8 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   clsGame& record() { return game_; }
   // File name without extension for the PGN and the log; empty: no files.
   void setFileBase(const std::string& base) { fileBase_ = base; }
-  // Moves in coordinate notation played before the players take over.
-  void setOpening(std::vector<std::string> moves) { opening_ = std::move(moves); }
+  // The start position and the moves played before the players take over.
+  void setOpening(Opening opening) { opening_ = std::move(opening); }
   // Started in this round and not finished yet.
   bool playing() const { return isRunning() || (started_ && !finished_.load()); }
   bool started() const { return started_; }
@@ -104,7 +105,7 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   clsPlayer* players_[2];
   GameClock clock_;
   std::string fileBase_;
-  std::vector<std::string> opening_;
+  Opening opening_;
   clsGame game_;
   clsBoard board_;
   std::unique_ptr<clsEngineInterface> adapters_[2];

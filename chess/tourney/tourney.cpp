@@ -36,6 +36,8 @@ constexpr int PROGRESS_EVERY_MS = 1000;
 // The fixed pauses of a cancelled run: engines get time to read "quit" and leave.
 constexpr int CANCEL_FIRST_PAUSE_MS = 3000;
 constexpr int CANCEL_SECOND_PAUSE_MS = 4000;
+// A game file of a long run holds that game of every round.
+constexpr std::uint64_t MAX_GAME_FILE_BYTES = std::uint64_t{1} << 30;
 
 bool readFileText(const std::string& path, std::string& text) {
   errno = 0;
@@ -220,9 +222,38 @@ bool clsTourney::resumeRun() {
     return false;
   }
   for (const GameResultRow& row : rows_) done_.insert({row.round, row.game});
+  if (!dropReplayedGames()) return false;
   reportedRows_ = rows_.size();
   out_.print("# resume: run " + std::to_string(runCounter_) + " keeps " + std::to_string(rows_.size()) +
              " games, plays again " + std::to_string(dropped) + " of a half-finished pair");
+  return true;
+}
+
+// The game files of the run hold only the kept games: those of a
+// half-finished pair (or written just before the run died) are played again
+// and would stand twice. Each file is replaced whole, or left as it was.
+bool clsTourney::dropReplayedGames() {
+  std::error_code error;
+  const std::filesystem::path where = config_.logFolder.empty() ? "." : config_.logFolder;
+  for (const auto& entry : std::filesystem::directory_iterator(where, error)) {
+    const std::string name = entry.path().filename().string();
+    if (name.rfind(gameFilePrefix_, 0) != 0 || name.size() <= gameFilePrefix_.size() + 4 ||
+        name.substr(name.size() - 4) != ".pgn")
+      continue;
+    const std::string number = name.substr(gameFilePrefix_.size(), name.size() - gameFilePrefix_.size() - 4);
+    if (number.find_first_not_of("0123456789") != std::string::npos) continue;  // another slice's file
+    std::string text, problem;
+    if (!kobubase::readWholeFile(entry.path().string(), text, problem, MAX_GAME_FILE_BYTES)) {
+      out_.print(problem + " (" + entry.path().string() + ")");
+      return false;
+    }
+    int dropped = 0;
+    const std::string kept = pgnOfKeptGames(text, done_, dropped);
+    if (dropped > 0 && !kobubase::writeFileAtomically(entry.path().string(), kept, problem)) {
+      out_.print(problem + " (" + entry.path().string() + ")");
+      return false;
+    }
+  }
   return true;
 }
 

@@ -73,6 +73,7 @@ class clsTourney : public clsTourneyHost {
   bool freshSlice();
   bool makeOpenings();
   bool resumeRun();
+  bool dropReplayedGames();
   void writeSettings();
   void createPairings();
   bool runLearning();

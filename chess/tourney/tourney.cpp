@@ -282,9 +282,9 @@ void clsTourney::hostLog(const std::string& source, const std::string& text) {
   }
 }
 
-void clsTourney::gameFinished(clsTourneyGame& game) {
+// The results row of a game of this round.
+GameResultRow clsTourney::rowOf(clsTourneyGame& game) const {
   clsGame& record = game.record();
-  if (record.undecided()) return;  // cancelled: not a finished game
   GameResultRow row;
   row.round = round_;
   row.game = game.number();
@@ -295,9 +295,35 @@ void clsTourney::gameFinished(clsTourneyGame& game) {
   row.plies = record.plies();
   row.ms = game.durationMs();
   row.opening = roundOpenings_[static_cast<std::size_t>(pairOfGame_[row.game - 1])].text();
+  return row;
+}
+
+// The game's row joins the run's rows at once, so that the players' totals,
+// counted over the rows, hold every game scored before it.
+std::pair<int, int> clsTourney::gameScored(clsTourneyGame& game) {
+  GameResultRow row = rowOf(game);
   kobubase::clsLock lock(logLock_);
+  rows_.push_back(row);
+  const auto counts = countsOfRows(rows_, {row.white, row.black});
+  const auto points = [](const GameCounts& c) { return 2 * c.wins + c.draws; };
+  return {points(counts[0].second), points(counts[1].second)};
+}
+
+// The results file gets the game's line only now, after its PGN: a run
+// that dies between the two plays the game again on resume.
+void clsTourney::gameFinished(clsTourneyGame& game) {
+  if (game.record().undecided()) return;  // cancelled: not a finished game
+  GameResultRow row = rowOf(game);
+  kobubase::clsLock lock(logLock_);
+  const auto scored = std::find_if(rows_.rbegin(), rows_.rend(), [&row](const GameResultRow& r) {
+    return r.round == row.round && r.game == row.game;
+  });
+  if (scored == rows_.rend()) {
+    rows_.push_back(row);  // a game without points (aborted)
+  } else {
+    row = *scored;
+  }
   if (!appendResultsLine(resultsPath_, row)) out_.print(kobubase::errorLine(errno) + " (" + resultsPath_ + ")");
-  rows_.push_back(std::move(row));
 }
 
 std::vector<GameResultRow> clsTourney::rows() {

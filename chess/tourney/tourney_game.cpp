@@ -78,6 +78,7 @@ void clsTourneyGame::log(const std::string& text) {
 void clsTourneyGame::run() {
   const std::int64_t started = kobubase::nowMs();
   gameStartMs_.store(started);
+  durationMs_ = -1;
   try {
     play();
   } catch (const std::exception&) {
@@ -85,7 +86,7 @@ void clsTourneyGame::run() {
   } catch (...) {
     log("game aborted do to software exception!");
   }
-  durationMs_ = kobubase::nowMs() - started;
+  if (durationMs_ < 0) durationMs_ = kobubase::nowMs() - started;  // not scored
   try {
     endAdapters();
     writeFiles();
@@ -287,14 +288,18 @@ void clsTourneyGame::setResult(std::uint32_t code) {
   log(resultLine(code));
 }
 
+std::pair<int, int> clsTourneyHost::gameScored(clsTourneyGame& game) {
+  const GamePoints points = gamePoints(game.record().result());
+  return {points.white, points.black};
+}
+
 void clsTourneyGame::score() {
   const GamePoints points = gamePoints(game_.result());
   if (!points.decided) return;
-  const int half[2] = {points.white, points.black};
-  for (int colour = WHITE; colour <= BLACK; ++colour) {
-    const int total = players_[colour]->addGame(half[colour]);
-    log(scoreLine(players_[colour]->name(), half[colour], total));
-  }
+  durationMs_ = kobubase::nowMs() - gameStartMs_.load();
+  const auto [whiteTotal, blackTotal] = host_.gameScored(*this);
+  log(scoreLine(players_[WHITE]->name(), points.white, whiteTotal));
+  log(scoreLine(players_[BLACK]->name(), points.black, blackTotal));
 }
 
 void clsTourneyGame::endAdapters() {

@@ -2,14 +2,15 @@
 // clsTourneyGame plays one game of a tournament on a thread of its own: it
 // makes an engine adapter for each player, prepares both, relays the moves
 // from one to the other, keeps both clocks, judges every move on its own
-// board and ends the game with a result code and a reason. Then it adds the
-// points to both players, ends the adapters, writes its PGN and log files
-// and tells its host. The same game object plays again in every round; its
+// board and ends the game with a result code and a reason. Then it logs both
+// players' points and totals (the host keeps the results), ends the
+// adapters, writes its PGN and log files and tells its host. The same game object plays again in every round; its
 // record is reset at the start of each game, keeping the round's tags.
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/thread.h"
@@ -43,6 +44,10 @@ class clsTourneyHost {
   virtual ~clsTourneyHost() = default;
   // A line from a game's source ("game 3") to the console and the run's log.
   virtual void hostLog(const std::string& source, const std::string& text) = 0;
+  // Called on the game's thread when the game has a decided result, before
+  // it is written: the totals of White and Black in half-points, this game
+  // included. A host that keeps no results answers the game's own points.
+  virtual std::pair<int, int> gameScored(clsTourneyGame& game);
   // Called on the game's thread once the game has ended and was written.
   virtual void gameFinished(clsTourneyGame& game) = 0;
 };

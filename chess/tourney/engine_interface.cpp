@@ -148,7 +148,7 @@ std::string clsEngineInterface::moveCommand(const std::string& move, const std::
   return feature("usermove") == "1" ? "usermove " + text : text;
 }
 
-void clsEngineInterface::PlayMove(const std::string& played, int side, const std::string& san) {
+void clsEngineInterface::PlayMove(const std::string& played, int side, const std::string& san, const Move*) {
   // Engines read promotions as e7e8q; our own notation writes e7e8=q.
   std::string move = played;
   std::erase(move, '=');

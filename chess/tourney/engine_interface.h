@@ -8,10 +8,11 @@
 // when the player has moved, "result R" when it claims a result; every other
 // line is only logged.
 //
-// The game loop, each pass: Service(), then nextReply(); an empty reply and
-// HasEnded() means the player is gone. nextReply() is ReadReply() (the
-// translated line of an external engine) or else the next line the adapter
-// printed into its own output buffer (how the embedded engine answers).
+// The game loop, each pass: Service(), then takeMove() (a move made in this
+// process, as a record: how the embedded engine answers), then nextReply();
+// an empty reply and HasEnded() means the player is gone. nextReply() is
+// ReadReply() (the translated line of an external engine) or else the next
+// line the adapter printed into its own output buffer.
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "base/output.h"
+#include "chess/board/types.h"
 
 namespace kbuChess {
 
@@ -67,6 +69,8 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
 
   // ReadReply(), else the oldest line kept in this adapter's output buffer.
   std::string nextReply();
+  // The move the player made in this process since the last call, if any.
+  virtual std::optional<Move> takeMove() { return std::nullopt; }
 
   void Init();
   void Sync();
@@ -80,8 +84,9 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   virtual void Go();
   // A move of the game in coordinate notation (a promotion as e7e8q or
   // e7e8=q; engines are sent e7e8q); side 0 White, 1 Black.
-  // san: the same move in SAN, for engines that asked for it.
-  virtual void PlayMove(const std::string& move, int side, const std::string& san = {});
+  // san: the same move in SAN, for engines that asked for it; record: the
+  // legal move as the game's board made it, for players in this process.
+  virtual void PlayMove(const std::string& move, int side, const std::string& san = {}, const Move* record = nullptr);
   // A move of the game's opening, played before the players take over; the
   // side to move then gets Go() (xboard engines are kept in force mode
   // meanwhile and told "go" with their first move).

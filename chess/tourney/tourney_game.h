@@ -4,11 +4,13 @@
 // from one to the other, keeps both clocks, judges every move on its own
 // board and ends the game with a result code and a reason. Then it logs both
 // players' points and totals (the host keeps the results), ends the
-// adapters, writes its PGN and log files and tells its host. The same game object plays again in every round; its
-// record is reset at the start of each game, keeping the round's tags.
+// adapters, writes its PGN and log files and tells its host. The same game
+// object plays again in every round; its record is reset at the start of
+// each game, keeping the round's tags.
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -96,8 +98,9 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   void loop();
   // One reply of the side to move; false when the game has ended.
   bool takeReply(const std::string& reply, std::int64_t elapsed);
-  std::string coordinateMove(const std::string& text);
+  const Move* legalMove(const std::string& text);
   bool takeMove(const std::string& reply, std::int64_t elapsed);
+  bool playLegal(const Move* legal, std::int64_t elapsed);
   bool judgePosition(int mover);
   void setResult(std::uint32_t code);
   void score();

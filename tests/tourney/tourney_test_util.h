@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "base/thread.h"
+#include "chess/board/board.h"
 #include "chess/tourney/engine_interface.h"
 
 namespace tourney_test {
@@ -41,10 +42,12 @@ class TempFolder {
   std::string path_;
 };
 
-// The next non-empty reply within timeoutMs, or "<nothing>".
+// The next non-empty reply within timeoutMs, or "<nothing>"; a move made in
+// this process comes as "move " and its coordinate text.
 inline std::string awaitReply(kbuChess::clsEngineInterface& engine, int timeoutMs) {
   for (const std::int64_t until = kobubase::nowMs() + timeoutMs; kobubase::nowMs() < until; kobubase::sleepMs(1)) {
     engine.Service();
+    if (const auto move = engine.takeMove()) return "move " + kbuChess::clsBoard::moveText(&*move, false);
     const std::string reply = engine.nextReply();
     if (!reply.empty()) return reply;
   }

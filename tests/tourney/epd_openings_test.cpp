@@ -143,36 +143,45 @@ TEST(EpdOpenings, EmbeddedGameStartsFromThePosition) {
 
 // An xboard engine to move in the new position is set up in force mode,
 // with "setboard" when it announced it, else in edit mode after a first
-// move that gives Black the move; it plays legal moves from there.
-TEST(EpdOpenings, XboardSetUpWithAndWithoutSetboard) {
+// move that gives Black the move; a UCI engine gets "position fen". Each
+// plays legal moves from there.
+TEST(EpdOpenings, EnginesAreSetUpAsTheirProtocolAsks) {
   initTables();
   const std::string fen = "4k3/pppppppp/8/8/8/8/PPPPPPPP/4K3 b - - 0 1";
-  const Lines before = {"xboard", "protover 2", "new", "force"};
-  const Lines after = {"post", "level 0 0:10 0", "time 1000", "otim 1000", "go"};
+  const Lines xboard = {"xboard", "protover 2", "new", "force"};
+  const Lines xboardGo = {"post", "level 0 0:10 0", "time 1000", "otim 1000", "go"};
   const Lines edit = {"a2a3", "edit", "#",   "Pa2", "Pb2", "Pc2", "Pd2", "Pe2", "Pf2", "Pg2", "Ph2", "Ke1",
                       "c",    "Ke8",  "Pa7", "Pb7", "Pc7", "Pd7", "Pe7", "Pf7", "Pg7", "Ph7", "."};
+  const auto join = [](std::vector<Lines> parts) {
+    Lines all;
+    for (const Lines& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+  };
   const struct {
     const char* options;
-    Lines setUp;
-  } cases[] = {{" setboard", {"setboard " + fen}}, {"", edit}};
+    Lines expected;
+  } cases[] = {
+      {"xboard setboard", join({xboard, {"setboard " + fen}, xboardGo})},
+      {"xboard", join({xboard, edit, xboardGo})},
+      {"uci", {"uci", "ucinewgame", "position fen " + fen, "isready", "go wtime 10000 btime 10000 winc 0 binc 0"}},
+  };
   for (const auto& c : cases) {
-    const TempFolder folder("epd-xboard");
+    const TempFolder folder("epd-setup");
     const std::string log = folder.file("fake.log");
     GameClock clock;
     clock.gameMs = 10000;
     clock.movetimeMs = 20;
     clock.maxPlies = 4;
     clock.commandPauseMs = 0;
-    const PlayedGame played = playFrom(Opening{fen, {}}, {"A", "", "Simple5", "embedded"},
-                                       {"fake", FAKE_ENGINE, "xboard log=" + log + c.options, "xboard"}, clock, folder);
+    const std::string protocol = std::string(c.options).substr(0, std::string(c.options).find(' '));
+    const PlayedGame played =
+        playFrom(Opening{fen, {}}, {"A", "", "Simple5", "embedded"},
+                 {"fake", FAKE_ENGINE, std::string(c.options) + " log=" + log, protocol}, clock, folder);
     EXPECT_EQ(played.result + " " + played.reason, "1/2-1/2 adjudication") << c.options;
-    Lines expected = before;
-    expected.insert(expected.end(), c.setUp.begin(), c.setUp.end());
-    expected.insert(expected.end(), after.begin(), after.end());
     std::istringstream lines(readText(log));
     Lines received;
-    for (std::string line; received.size() < expected.size() && std::getline(lines, line);) received.push_back(line);
-    EXPECT_EQ(received, expected) << c.options;
+    for (std::string line; received.size() < c.expected.size() && std::getline(lines, line);) received.push_back(line);
+    EXPECT_EQ(received, c.expected) << c.options;
   }
 }
 

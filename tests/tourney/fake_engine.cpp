@@ -106,9 +106,13 @@ class FakeEngine {
     } else if (command == "isready") {
       if (!script_.has("noready")) say("readyok");
     } else if (command == "position") {
-      board_.readFEN(kbuChess::clsBoard::START_FEN);
-      for (std::string word; words >> word;) {
-        if (word != "startpos" && word != "moves") board_.readCoordinateMove(word);
+      std::string word, fen;
+      words >> word;
+      const bool fromFen = word == "fen";
+      for (int field = 0; fromFen && field < 6 && words >> word; ++field) fen += (field ? " " : "") + word;
+      board_.readFEN(fen.empty() ? kbuChess::clsBoard::START_FEN : fen);
+      while (words >> word) {
+        if (word != "moves") board_.readCoordinateMove(word);
       }
     } else if (command == "go") {
       answer(true);

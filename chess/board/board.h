@@ -130,6 +130,10 @@ class clsBoard {
   int generateLegal();
   // The legal move with these squares and promotion letter, left in the current frame, or null.
   const Move* findLegalMove(u64 from, u64 to, char promotion);
+  // The legal move with the record's squares and promotion, left in the current frame, or null.
+  const Move* findLegalMove(const Move& record) {
+    return findLegalMove(record.from, record.to, PIECE_LETTERS[record.promotionType() & 7]);
+  }
   // Plays the legal move with these squares and promotion letter; false leaves the position.
   bool playMove(u64 from, u64 to, char promotion);
   // Makes a generated move for real: en-passant square, make, finish, the

@@ -40,14 +40,15 @@ void clsEmbeddedEngine::Service() {
   // The search's score, for adjudication.
   if (const Move best = bestMove(); best.isMove() && best.searchScore != NO_SCORE) score_ = best.searchScore;
   const Move move = control_.collect();
-  if (move.isMove()) print("move " + moveText(&move, false));
+  if (move.isMove()) move_ = move;
 }
 
 void clsEmbeddedEngine::NewGame() {
   control_.abandon();
+  move_.reset();
   clsEngineInterface::NewGame();  // empties the history; nothing to send
   takeAll();
-  readFEN(START_FEN);
+  readFEN(startFen_.empty() ? std::string(START_FEN) : startFen_);
   gameFen_ = clsEngine::fen();
 }
 
@@ -56,12 +57,16 @@ void clsEmbeddedEngine::Go() {
   control_.start(moveTimeMs_ > 0 ? moveTimeMs_ : thinkBudget(ownClock_, 0, 0), 0);
 }
 
-void clsEmbeddedEngine::PlayMove(const std::string& move, int side, const std::string&) {
+void clsEmbeddedEngine::PlayMove(const std::string& move, int side, const std::string&, const Move* record) {
   control_.abandon();
+  move_.reset();
   std::string plain = move;
   std::erase(plain, '=');
   moveHistory_ += plain + " ";
-  if (!readCoordinateMove(move)) {
+  if (record != nullptr) {
+    playRecord(*record);  // legal: the game's board checked it
+    onMovePlayed();
+  } else if (!readCoordinateMove(move)) {
     Log("cannot play " + move + " on " + gameFen_);
     return;
   }

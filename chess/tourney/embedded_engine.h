@@ -4,17 +4,21 @@
 // clsEmbeddedEngine owns a complete engine (position, transposition table,
 // soul) and plays inside this process; it speaks no protocol, so Send and
 // ReadReply do nothing. Its moves reach the game through its own output
-// buffer instead:
+// as move records instead:
 //   - Go() starts a search on the engine's position with a budget from its
 //     own clock (the xboard loop's share of the remaining time, one period);
 //   - Service(), which the game loop calls on every pass, polls the search:
-//     past the deadline it stops it, and once the search has ended it prints
-//     "move <coordinate move>" into the adapter's output buffer;
-//   - the game reads it with nextReply() like any other reply.
-// PlayMove plays every move of the game on the engine's board and, after
-// the opponent's move, starts the search. Preparing needs no start pause:
+//     past the deadline it stops it, and once the search has ended it keeps
+//     the move found;
+//   - the game takes it with takeMove(), checks it on its own board and
+//     hands the legal record back with PlayMove.
+// PlayMove plays every move of the game on the engine's board (the game's
+// record as it is, else the coordinate text) and, after the opponent's
+// move, starts the search. Preparing needs no start pause:
 // there is no program to wait for.
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "chess/engine/engine.h"
 #include "chess/engine/engine_share.h"
@@ -44,7 +48,8 @@ class clsEmbeddedEngine : public clsEngineInterface, private clsEngine {
   void Service() override;
   void NewGame() override;
   void Go() override;
-  void PlayMove(const std::string& move, int side, const std::string& san = {}) override;
+  std::optional<Move> takeMove() override { return std::exchange(move_, std::nullopt); }
+  void PlayMove(const std::string& move, int side, const std::string& san = {}, const Move* record = nullptr) override;
   void PlayOpeningMove(const std::string& move, const std::string& san = {}) override;
   // A fixed time per move instead of a share of the clock; 0: from the clock.
   void setMoveTime(int ms) { moveTimeMs_ = ms < 0 ? 0 : ms; }
@@ -64,6 +69,7 @@ class clsEmbeddedEngine : public clsEngineInterface, private clsEngine {
   std::string gameFen_;
   clsSearchControl control_{*this};
   int moveTimeMs_ = 0;
+  std::optional<Move> move_;  // found by the last search, not taken yet
 };
 
 }  // namespace kbuChess

@@ -57,13 +57,54 @@ void clsEngineInterface::NewGame() {
   forced_ = false;
   if (protocol_ == PROTOCOL_UCI) {
     Send("ucinewgame");
-    Send("position startpos");
+    Send(positionCommand());
     Sync();
     return;
   }
   Send("new");
+  if (!startFen_.empty()) {
+    Send("force");  // an engine to move in the new position must not start thinking
+    forced_ = true;
+    sendStartPosition();
+  }
   Send("post");
   Send(levelCommand());
+}
+
+std::string clsEngineInterface::positionCommand() const {
+  std::string command = startFen_.empty() ? "position startpos" : "position fen " + startFen_;
+  return moveHistory_.empty() ? command : command + " moves " + moveHistory_;
+}
+
+// Edit mode cannot set the side to move: for Black to move a first move is
+// made in force mode, as the protocol does it. Pieces are placed by colour,
+// "c" switching to Black; castling follows from kings and rooks at home,
+// and no en-passant capture is possible at once.
+void clsEngineInterface::sendStartPosition() {
+  if (feature("setboard") == "1") {
+    Send("setboard " + startFen_);
+    return;
+  }
+  if (wordAt(startFen_, 1) == "b") Send(moveCommand("a2a3", "a3"));
+  Send("edit");
+  Send("#");
+  std::vector<std::string> pieces[2];
+  int rank = 8, file = 0;
+  for (const char c : wordAt(startFen_, 0)) {
+    if (c == '/') {
+      --rank, file = 0;
+    } else if (c >= '1' && c <= '8') {
+      file += c - '0';
+    } else {
+      const bool black = c >= 'a';
+      pieces[black].push_back(std::string(1, static_cast<char>(black ? c - 'a' + 'A' : c)) +
+                              static_cast<char>('a' + file++) + static_cast<char>('0' + rank));
+    }
+  }
+  for (const std::string& piece : pieces[0]) Send(piece);
+  Send("c");
+  for (const std::string& piece : pieces[1]) Send(piece);
+  Send(".");
 }
 
 // An engine that declared its features ended with done=1 reads "level" as the
@@ -93,7 +134,7 @@ void clsEngineInterface::Go() {
     forced_ = false;
     return;
   }
-  if (forced_) Send("position startpos moves " + moveHistory_);  // after an opening
+  if (forced_) Send(positionCommand());  // after an opening
   forced_ = false;
   const bool white = colour_ == 0;
   const std::int32_t w = white ? ownClock_ : opponentClock_, b = white ? opponentClock_ : ownClock_;
@@ -107,14 +148,14 @@ std::string clsEngineInterface::moveCommand(const std::string& move, const std::
   return feature("usermove") == "1" ? "usermove " + text : text;
 }
 
-void clsEngineInterface::PlayMove(const std::string& played, int side, const std::string& san) {
+void clsEngineInterface::PlayMove(const std::string& played, int side, const std::string& san, const Move*) {
   // Engines read promotions as e7e8q; our own notation writes e7e8=q.
   std::string move = played;
   std::erase(move, '=');
   moveHistory_ += move + " ";
   if (side == colour_) return;  // our own move coming back
   if (protocol_ == PROTOCOL_UCI) {
-    Send("position startpos" + (moveHistory_.empty() ? std::string() : " moves " + moveHistory_));
+    Send(positionCommand());
     forced_ = false;
     Go();
     return;

@@ -8,10 +8,11 @@
 // when the player has moved, "result R" when it claims a result; every other
 // line is only logged.
 //
-// The game loop, each pass: Service(), then nextReply(); an empty reply and
-// HasEnded() means the player is gone. nextReply() is ReadReply() (the
-// translated line of an external engine) or else the next line the adapter
-// printed into its own output buffer (how the embedded engine answers).
+// The game loop, each pass: Service(), then takeMove() (a move made in this
+// process, as a record: how the embedded engine answers), then nextReply();
+// an empty reply and HasEnded() means the player is gone. nextReply() is
+// ReadReply() (the translated line of an external engine) or else the next
+// line the adapter printed into its own output buffer.
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "base/output.h"
+#include "chess/board/types.h"
 
 namespace kbuChess {
 
@@ -67,15 +69,24 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
 
   // ReadReply(), else the oldest line kept in this adapter's output buffer.
   std::string nextReply();
+  // The move the player made in this process since the last call, if any.
+  virtual std::optional<Move> takeMove() { return std::nullopt; }
 
   void Init();
   void Sync();
+  // The position the next game starts from, in FEN with both move clocks;
+  // empty: the standard start position.
+  void setStartPosition(std::string fen) { startFen_ = std::move(fen); }
+  // xboard: "new", then for a game set up from a position "force" and the
+  // position ("setboard" when the engine announced setboard=1, else edit
+  // mode), then "post" and "level"; UCI: "ucinewgame", the position, "isready".
   virtual void NewGame();
   virtual void Go();
   // A move of the game in coordinate notation (a promotion as e7e8q or
   // e7e8=q; engines are sent e7e8q); side 0 White, 1 Black.
-  // san: the same move in SAN, for engines that asked for it.
-  virtual void PlayMove(const std::string& move, int side, const std::string& san = {});
+  // san: the same move in SAN, for engines that asked for it; record: the
+  // legal move as the game's board made it, for players in this process.
+  virtual void PlayMove(const std::string& move, int side, const std::string& san = {}, const Move* record = nullptr);
   // A move of the game's opening, played before the players take over; the
   // side to move then gets Go() (xboard engines are kept in force mode
   // meanwhile and told "go" with their first move).
@@ -123,9 +134,14 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   // "usermove " when it asked for that.
   std::string moveCommand(const std::string& move, const std::string& san) const;
   std::string levelCommand() const;
+  // UCI: "position startpos" or "position fen FEN", then " moves " and the history when it is not empty.
+  std::string positionCommand() const;
+  // xboard: the start position through "setboard", or through edit mode.
+  void sendStartPosition();
 
   clsGameLog* owner_;
   std::string moveHistory_;
+  std::string startFen_;  // empty: the standard start position
   std::string name_;
   std::int32_t pingCounter_ = 0;
   bool pingSupported_ = false;
@@ -138,7 +154,7 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   std::int32_t opponentClock_ = 0;
   std::int32_t opponentIncrement_ = 0;
   int protocol_;
-  bool forced_ = false;           // an opening was played: xboard in force mode, UCI without its position
+  bool forced_ = false;           // xboard in force mode (an opening), UCI without its position
   bool featuresDone_ = false;     // xboard "feature done=1" came
   bool featuresDelayed_ = false;  // xboard "feature done=0" came, "done=1" not yet
   bool notReady_ = false;

@@ -106,6 +106,13 @@ void clsGame::reset() {
   moveText_.clear();
   plies_ = 0;
   positions_.clear();
+  setStartFen(START_FEN);
+}
+
+void clsGame::setStartFen(std::string_view fen) {
+  startFen_ = fen;
+  startSide_ = kobubase::wordAt(fen, 1) == "b" ? BLACK : WHITE;
+  startMoveNumber_ = static_cast<int>(kobubase::readClamped(kobubase::wordAt(fen, 5), 1, 1000000));
 }
 
 void clsGame::setResult(std::uint32_t code) {
@@ -137,7 +144,10 @@ bool clsGame::hasTag(std::string_view key) const {
 }
 
 void clsGame::addMove(std::string_view move) {
-  if (plies_ % 2 == 0) moveText_ += std::to_string(plies_ / 2 + 1) + ". ";
+  const int ply = plies_ + startSide_;
+  const std::string number = std::to_string(startMoveNumber_ + ply / 2);
+  if (ply % 2 == 0) moveText_ += number + ". ";
+  if (ply % 2 == 1 && plies_ == 0) moveText_ += number + "... ";
   moveText_ += move;
   moveText_ += ' ';
   ++plies_;

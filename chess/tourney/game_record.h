@@ -77,9 +77,14 @@ class clsGame {
   using Tag = std::pair<std::string, std::string>;
   static constexpr const char* START_FEN = clsBoard::START_FEN;
 
-  // Empties the moves and position keys and makes the game undecided again.
-  // The tags stay: the round's tags are set before the game starts.
+  // Empties the moves and position keys, makes the game undecided again and
+  // starts it from the standard position. The tags stay: the round's tags
+  // are set before the game starts.
   void reset();
+  // The position the game starts from, in FEN with both move clocks; the
+  // move text then counts from its side to move and move number.
+  void setStartFen(std::string_view fen);
+  bool standardStart() const { return startFen_ == START_FEN; }
 
   std::uint32_t result() const { return result_; }
   bool undecided() const { return (result_ & rc::UNDECIDED) != 0; }
@@ -94,8 +99,8 @@ class clsGame {
   const std::vector<Tag>& tags() const { return tags_; }
   void clearTags() { tags_.clear(); }
 
-  // Appends a move to the move text: "N. " before each White move, a blank
-  // after every move. The game always starts from the initial position.
+  // Appends a move to the move text: "N. " before each White move ("N... "
+  // before a first move by Black), a blank after every move.
   void addMove(std::string_view move);
   const std::string& moveText() const { return moveText_; }
   int plies() const { return plies_; }
@@ -114,6 +119,8 @@ class clsGame {
   std::string moveText_;
   int plies_ = 0;
   std::string startFen_ = START_FEN;
+  int startSide_ = WHITE;
+  int startMoveNumber_ = 1;
   std::vector<std::uint64_t> positions_;
 };
 

@@ -55,7 +55,7 @@ bool playGenerationSlice(const SoulGeneration& generation, LearnSlice& slice, cl
   // Drawn here, before the games start: an opening source is not shared between threads.
   std::map<std::int64_t, std::vector<std::string>> openingOfPair;
   for (const LearnGame& game : todo) {
-    if (openingOfPair.count(game.pair) == 0) openingOfPair[game.pair] = openings.lineOfPair(generation.seed, game.pair);
+    if (openingOfPair.count(game.pair) == 0) openingOfPair[game.pair] = openings.lineOfPair(generation.seed, game.pair).moves;
   }
   std::atomic<std::size_t> next{0};
   std::atomic<bool> failed{false};

@@ -6,7 +6,13 @@
 
 namespace kbuChess {
 
-std::vector<std::string> clsOpenings::lineOfPair(std::uint64_t seed, std::int64_t pair) {
+std::string Opening::text() const {
+  std::string line = fen.empty() ? std::string() : "fen " + fen + (moves.empty() ? "" : " moves");
+  for (const std::string& move : moves) line += (line.empty() ? "" : " ") + move;
+  return line;
+}
+
+Opening clsOpenings::lineOfPair(std::uint64_t seed, std::int64_t pair) {
   // Two different words, so that neither a zero seed nor pair 0 gives the all-zero state.
   kobubase::clsRandom random(seed ^ 0x9E3779B97F4A7C15ull,
                              static_cast<std::uint64_t>(pair) * 0xD1B54A32D192ED03ull + 1);
@@ -27,15 +33,15 @@ void clsRandomOpenings::extendRandomly(clsBoard& board, std::vector<std::string>
   }
 }
 
-std::vector<std::string> clsRandomOpenings::line(kobubase::clsRandom& random) {
+Opening clsRandomOpenings::line(kobubase::clsRandom& random) {
   auto board = std::make_unique<clsBoard>();
   board->readFEN(clsBoard::START_FEN);
-  std::vector<std::string> moves;
-  extendRandomly(*board, moves, random);
-  return moves;
+  Opening opening;
+  extendRandomly(*board, opening.moves, random);
+  return opening;
 }
 
-std::vector<std::string> clsBookOpenings::line(kobubase::clsRandom& random) {
+Opening clsBookOpenings::line(kobubase::clsRandom& random) {
   auto board = std::make_unique<clsBoard>();
   board->readFEN(clsBoard::START_FEN);
   std::vector<std::string> moves;
@@ -49,30 +55,30 @@ std::vector<std::string> clsBookOpenings::line(kobubase::clsRandom& random) {
     moves.push_back(text);
   }
   extendRandomly(*board, moves, random);
-  return moves;
+  return Opening{{}, std::move(moves)};
 }
 
-std::vector<std::string> clsSuiteOpenings::line(kobubase::clsRandom& random) {
+Opening clsSuiteOpenings::line(kobubase::clsRandom& random) {
   if (lines_.empty()) return {};
   return lines_[random.next64() % lines_.size()];
 }
 
-std::vector<std::string> clsSuiteOpenings::lineOfPair(std::uint64_t seed, std::int64_t pair) {
+Opening clsSuiteOpenings::lineOfPair(std::uint64_t seed, std::int64_t pair) {
   if (lines_.empty()) return {};
   if (order_ == OpeningOrder::RANDOM) return clsOpenings::lineOfPair(seed, pair);
   const auto count = static_cast<std::int64_t>(lines_.size());
   return lines_[static_cast<std::size_t>(((start_ + pair) % count + count) % count)];
 }
 
-std::vector<std::vector<std::string>> readPgnLines(std::string_view text, int plies, kobubase::clsOutBuffer& out) {
-  std::vector<std::vector<std::string>> lines;
+std::vector<Opening> readPgnLines(std::string_view text, int plies, kobubase::clsOutBuffer& out) {
+  std::vector<Opening> lines;
   clsPGNFile reader(out, plies);
   reader.gameObserver = [&](std::uint64_t number, const std::vector<Move>& moves, PgnResult) {
     if (moves.empty()) {
       out.print("# openings: game " + std::to_string(number) + " has no playable move, skipped");
       return;
     }
-    std::vector<std::string>& line = lines.emplace_back();
+    std::vector<std::string>& line = lines.emplace_back().moves;
     for (const Move& move : moves) line.push_back(clsBoard::moveText(&move, false));
   };
   reader.readText(text);

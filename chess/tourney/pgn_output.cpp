@@ -97,7 +97,14 @@ void setPlayDate(clsGame& game, const TourneyConfig& config, std::time_t when) {
 
 std::string pgnText(const clsGame& game) {
   std::string text;
-  for (const auto& [key, value] : game.tags()) text += "[" + key + " \"" + tagValue(value) + "\"]\r\n";
+  // A game set up from a position says so right after the seven-tag roster.
+  const std::string setUp =
+      game.standardStart() ? std::string() : "[SetUp \"1\"]\r\n[FEN \"" + tagValue(game.startFen()) + "\"]\r\n";
+  for (const auto& [key, value] : game.tags()) {
+    text += "[" + key + " \"" + tagValue(value) + "\"]\r\n";
+    if (key == "Result") text += setUp;
+  }
+  if (!game.hasTag("Result")) text += setUp;
   text += "\r\n";
   text += game.moveText();
   text += termination(game.result());

@@ -39,8 +39,9 @@ void setRoundTags(clsGame& game, const TourneyConfig& config, int runCounter, in
 void setPlayDate(clsGame& game, const TourneyConfig& config, std::time_t when);
 
 // The game's PGN: its tags in order ("[Key "value"]", a double quote inside
-// a value doubled, control characters as blanks), a blank line, the move
-// text and the termination, each line ending in CR LF, a blank line after.
+// a value doubled, control characters as blanks), for a game set up from a
+// position "SetUp" "1" and "FEN" after the "Result" tag, a blank line, the
+// move text and the termination, each line ending in CR LF, a blank line after.
 std::string pgnText(const clsGame& game);
 
 // log folder / NAME-RUN-GAME, without an extension.

@@ -1,10 +1,8 @@
 #pragma once
-// A player of a tournament: how to start its engine and what it has scored.
-// The tournament owns the players; every game thread that a player takes
-// part in adds its points under the player's own lock.
+// A player of a tournament: how to start its engine. The tournament owns the
+// players; what they scored is counted over the run's result rows.
 #include <string>
 
-#include "base/thread.h"
 #include "chess/tourney/tourney_config.h"
 
 namespace kbuChess {
@@ -27,18 +25,8 @@ class clsPlayer {
   const std::string& protocol() const { return config_.protocol; }
   const PlayerConfig& config() const { return config_; }
 
-  // Adds a finished game: 2 half-points a win, 1 a draw, 0 a loss. Returns
-  // the new score in half-points.
-  int addGame(int halfPoints);
-  // Score in half-points.
-  int score();
-  GameCounts counts();
-
  private:
   PlayerConfig config_;
-  kobubase::clsMutex lock_;
-  int score_ = 0;
-  GameCounts counts_;
 };
 
 }  // namespace kbuChess

@@ -16,6 +16,7 @@
 #include "base/interrupt.h"
 #include "base/text.h"
 #include "chess/book/book_file.h"
+#include "chess/tourney/epd_suite.h"
 #include "chess/tourney/pgn_output.h"
 #include "chess/tourney/results_file.h"
 #include "chess/tourney/standings.h"
@@ -35,6 +36,8 @@ constexpr int PROGRESS_EVERY_MS = 1000;
 // The fixed pauses of a cancelled run: engines get time to read "quit" and leave.
 constexpr int CANCEL_FIRST_PAUSE_MS = 3000;
 constexpr int CANCEL_SECOND_PAUSE_MS = 4000;
+// A game file of a long run holds that game of every round.
+constexpr std::uint64_t MAX_GAME_FILE_BYTES = std::uint64_t{1} << 30;
 
 bool readFileText(const std::string& path, std::string& text) {
   errno = 0;
@@ -145,7 +148,9 @@ bool clsTourney::freshSlice() {
   return false;
 }
 
-// The opening source the file names; false when a named file gives no opening.
+// The opening source the file names, told by its extension: ".epd" an EPD
+// suite, ".pgn" a PGN suite, any other a book; false when a named file gives
+// no opening.
 bool clsTourney::makeOpenings() {
   const std::string& file = config_.openingBook;
   const auto endsWith = [&file](const char* tail) {
@@ -159,7 +164,8 @@ bool clsTourney::makeOpenings() {
     openings_ = std::make_unique<clsRandomOpenings>(config_.openingPlies);
     return true;
   }
-  if (endsWith(".pgn")) {
+  const bool epd = endsWith(".epd");
+  if (epd || endsWith(".pgn")) {
     std::string text;
     if (!readFileText(file, text)) {
       out_.print(kobubase::errorLine(errno ? errno : ENOENT) + " (" + file + ")");
@@ -167,13 +173,13 @@ bool clsTourney::makeOpenings() {
     }
     const int plies = config_.openingPliesGiven ? config_.openingPlies : TourneyConfig::MAX_SUITE_PLIES;
     auto suite = std::make_unique<clsSuiteOpenings>(
-        readPgnLines(text, plies, out_), config_.openingOrder == 1 ? OpeningOrder::RANDOM : OpeningOrder::SEQUENTIAL,
-        config_.openingStart);
+        epd ? readEpdPositions(text, out_) : readPgnLines(text, plies, out_),
+        config_.openingOrder == 1 ? OpeningOrder::RANDOM : OpeningOrder::SEQUENTIAL, config_.openingStart);
     if (suite->size() == 0) {
       out_.print("# openings: " + file + " holds no usable opening; the event does not start");
       return false;
     }
-    out_.print("# openings: " + std::to_string(suite->size()) + " lines from " + file);
+    out_.print("# openings: " + std::to_string(suite->size()) + (epd ? " positions from " : " lines from ") + file);
     openings_ = std::move(suite);
     return true;
   }
@@ -216,9 +222,38 @@ bool clsTourney::resumeRun() {
     return false;
   }
   for (const GameResultRow& row : rows_) done_.insert({row.round, row.game});
+  if (!dropReplayedGames()) return false;
   reportedRows_ = rows_.size();
   out_.print("# resume: run " + std::to_string(runCounter_) + " keeps " + std::to_string(rows_.size()) +
              " games, plays again " + std::to_string(dropped) + " of a half-finished pair");
+  return true;
+}
+
+// The game files of the run hold only the kept games: those of a
+// half-finished pair (or written just before the run died) are played again
+// and would stand twice. Each file is replaced whole, or left as it was.
+bool clsTourney::dropReplayedGames() {
+  std::error_code error;
+  const std::filesystem::path where = config_.logFolder.empty() ? "." : config_.logFolder;
+  for (const auto& entry : std::filesystem::directory_iterator(where, error)) {
+    const std::string name = entry.path().filename().string();
+    if (name.rfind(gameFilePrefix_, 0) != 0 || name.size() <= gameFilePrefix_.size() + 4 ||
+        name.substr(name.size() - 4) != ".pgn")
+      continue;
+    const std::string number = name.substr(gameFilePrefix_.size(), name.size() - gameFilePrefix_.size() - 4);
+    if (number.find_first_not_of("0123456789") != std::string::npos) continue;  // another slice's file
+    std::string text, problem;
+    if (!kobubase::readWholeFile(entry.path().string(), text, problem, MAX_GAME_FILE_BYTES)) {
+      out_.print(problem + " (" + entry.path().string() + ")");
+      return false;
+    }
+    int dropped = 0;
+    const std::string kept = pgnOfKeptGames(text, done_, dropped);
+    if (dropped > 0 && !kobubase::writeFileAtomically(entry.path().string(), kept, problem)) {
+      out_.print(problem + " (" + entry.path().string() + ")");
+      return false;
+    }
+  }
   return true;
 }
 
@@ -247,9 +282,9 @@ void clsTourney::hostLog(const std::string& source, const std::string& text) {
   }
 }
 
-void clsTourney::gameFinished(clsTourneyGame& game) {
+// The results row of a game of this round.
+GameResultRow clsTourney::rowOf(clsTourneyGame& game) const {
   clsGame& record = game.record();
-  if (record.undecided()) return;  // cancelled: not a finished game
   GameResultRow row;
   row.round = round_;
   row.game = game.number();
@@ -259,11 +294,36 @@ void clsTourney::gameFinished(clsTourneyGame& game) {
   row.reason = reasonText(record.result());
   row.plies = record.plies();
   row.ms = game.durationMs();
-  for (const std::string& move : roundOpenings_[static_cast<std::size_t>(pairOfGame_[row.game - 1])])
-    row.opening += (row.opening.empty() ? "" : " ") + move;
+  row.opening = roundOpenings_[static_cast<std::size_t>(pairOfGame_[row.game - 1])].text();
+  return row;
+}
+
+// The game's row joins the run's rows at once, so that the players' totals,
+// counted over the rows, hold every game scored before it.
+std::pair<int, int> clsTourney::gameScored(clsTourneyGame& game) {
+  GameResultRow row = rowOf(game);
   kobubase::clsLock lock(logLock_);
+  rows_.push_back(row);
+  const auto counts = countsOfRows(rows_, {row.white, row.black});
+  const auto points = [](const GameCounts& c) { return 2 * c.wins + c.draws; };
+  return {points(counts[0].second), points(counts[1].second)};
+}
+
+// The results file gets the game's line only now, after its PGN: a run
+// that dies between the two plays the game again on resume.
+void clsTourney::gameFinished(clsTourneyGame& game) {
+  if (game.record().undecided()) return;  // cancelled: not a finished game
+  GameResultRow row = rowOf(game);
+  kobubase::clsLock lock(logLock_);
+  const auto scored = std::find_if(rows_.rbegin(), rows_.rend(), [&row](const GameResultRow& r) {
+    return r.round == row.round && r.game == row.game;
+  });
+  if (scored == rows_.rend()) {
+    rows_.push_back(row);  // a game without points (aborted)
+  } else {
+    row = *scored;
+  }
   if (!appendResultsLine(resultsPath_, row)) out_.print(kobubase::errorLine(errno) + " (" + resultsPath_ + ")");
-  rows_.push_back(std::move(row));
 }
 
 std::vector<GameResultRow> clsTourney::rows() {

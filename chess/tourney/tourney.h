@@ -65,6 +65,7 @@ class clsTourney : public clsTourneyHost {
   int runCounter() const { return runCounter_; }
 
   void hostLog(const std::string& source, const std::string& text) override;
+  std::pair<int, int> gameScored(clsTourneyGame& game) override;
   void gameFinished(clsTourneyGame& game) override;
 
  private:
@@ -73,6 +74,7 @@ class clsTourney : public clsTourneyHost {
   bool freshSlice();
   bool makeOpenings();
   bool resumeRun();
+  bool dropReplayedGames();
   void writeSettings();
   void createPairings();
   bool runLearning();
@@ -85,6 +87,7 @@ class clsTourney : public clsTourneyHost {
   void cancelGames();
   void printStandings();
   std::vector<GameResultRow> rows();
+  GameResultRow rowOf(clsTourneyGame& game) const;
   void log(const std::string& text) { hostLog("tourney", text); }
 
   TourneyConfig config_;
@@ -93,11 +96,11 @@ class clsTourney : public clsTourneyHost {
   std::vector<std::pair<int, int>> pairings_;  // (white, black) of game number index + 1
   std::vector<int> pairOfGame_;                // the pair, within a round, of each game
   int pairsPerRound_ = 0;
-  std::vector<std::vector<std::string>> roundOpenings_;  // of each pair this round
-  std::vector<bool> started_;                            // of each game this round
+  std::vector<Opening> roundOpenings_;  // of each pair this round
+  std::vector<bool> started_;           // of each game this round
   std::vector<std::unique_ptr<clsTourneyGame>> running_;
   std::set<std::pair<int, int>> done_;  // (round, game) of a resumed run's kept games
-  std::vector<GameResultRow> rows_;     // every finished game of the run, under logLock_
+  std::vector<GameResultRow> rows_;     // every scored or finished game of the run, under logLock_
   std::size_t reportedRows_ = 0;
   bool ready_ = true;
   bool resume_ = false;

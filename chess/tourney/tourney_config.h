@@ -70,7 +70,8 @@ struct TourneyConfig {
   int incrementMs = 0;
   // Openings: each pair of games (a pairing with both colours in one round)
   // plays the same line of openingPlies plies, drawn from this file (a book
-  // ".sbk", or a PGN suite whose games are cut at openingPlies), or random
+  // ".sbk", a PGN suite whose games are cut at openingPlies, or an EPD suite
+  // ".epd" whose positions the games start from), or random
   // legal moves when the name is empty; 0 plies (the default without a
   // file): the start position.
   std::string openingBook;

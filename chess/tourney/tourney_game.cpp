@@ -78,6 +78,7 @@ void clsTourneyGame::log(const std::string& text) {
 void clsTourneyGame::run() {
   const std::int64_t started = kobubase::nowMs();
   gameStartMs_.store(started);
+  durationMs_ = -1;
   try {
     play();
   } catch (const std::exception&) {
@@ -85,7 +86,7 @@ void clsTourneyGame::run() {
   } catch (...) {
     log("game aborted do to software exception!");
   }
-  durationMs_ = kobubase::nowMs() - started;
+  if (durationMs_ < 0) durationMs_ = kobubase::nowMs() - started;  // not scored
   try {
     endAdapters();
     writeFiles();
@@ -102,7 +103,9 @@ void clsTourneyGame::play() {
     kobubase::clsLock lock(logLock_);
     log_.clear();
   }
-  board_.readFEN(clsGame::START_FEN);
+  const std::string start = opening_.startFen();
+  game_.setStartFen(start);
+  board_.readFEN(start);
   board_.resetFrames();
   game_.addPosition(repetitionKey(board_.position()));
   if (players_[0] == nullptr || players_[1] == nullptr) return;
@@ -126,6 +129,7 @@ bool clsTourneyGame::createAdapters() {
   for (int colour = WHITE; colour <= BLACK; ++colour) {
     adapters_[colour] = makeAdapter(colour);
     if (!adapters_[colour]) return false;
+    adapters_[colour]->setStartPosition(opening_.fen);
     clocks_[colour] = clock_.gameMs;
     if (!prepareAdapter(colour) || cancelled_.load()) return false;
   }
@@ -166,7 +170,7 @@ std::unique_ptr<clsEngineInterface> clsTourneyGame::makeAdapter(int colour) {
 // The opening's moves are played on the board and told to both players as
 // moves of the game; an opening move that is not legal ends the opening.
 void clsTourneyGame::playOpening() {
-  for (const std::string& move : opening_) {
+  for (const std::string& move : opening_.moves) {
     std::string san;
     if (!playCoordinateMove(board_, move, san)) {
       log("opening move " + move + " is not legal here; the game goes on from the position before it");
@@ -190,6 +194,11 @@ void clsTourneyGame::loop() {
       break;
     }
     mover.Service();
+    if (const std::optional<Move> record = mover.takeMove()) {
+      logPlayer(side_, "move " + clsBoard::moveText(&*record, false));
+      if (!playLegal(board_.findLegalMove(*record), elapsed)) break;
+      continue;
+    }
     const std::string reply = mover.nextReply();
     if (reply.empty()) {
       if (mover.HasEnded()) {
@@ -222,29 +231,37 @@ bool clsTourneyGame::takeReply(const std::string& reply, std::int64_t elapsed) {
   return true;
 }
 
-// The coordinate text of an engine's move. Engines may also answer in SAN
-// ("O-O-O", "Nf3"), as xboard GUIs accept: such a move is taken as the legal
-// move it names. Empty when the text names no legal move.
-std::string clsTourneyGame::coordinateMove(const std::string& text) {
-  if (board_.findCoordinateMove(text) != nullptr) return text;
+// The legal move an engine's text names, left in the board's current frame,
+// or null. Engines may also answer in SAN ("O-O-O", "Nf3"), as xboard GUIs
+// accept: such a move is taken as the legal move it names.
+const Move* clsTourneyGame::legalMove(const std::string& text) {
+  if (text.empty()) return nullptr;
+  if (const Move* move = board_.findCoordinateMove(text)) return move;
   board_.resetFrames();
   board_.generateLegal();
-  const Move* named = board_.readSANMove(text);
-  std::string coordinate = named != nullptr ? clsBoard::moveText(named, false) : std::string();
-  board_.resetFrames();
-  coordinate.erase(std::remove(coordinate.begin(), coordinate.end(), '='), coordinate.end());
-  return coordinate;
+  return board_.readSANMove(text);
 }
 
 bool clsTourneyGame::takeMove(const std::string& reply, std::int64_t elapsed) {
+  return playLegal(legalMove(reply), elapsed);
+}
+
+// Plays the mover's move, checked once on the game's board (null: illegal),
+// and tells both players: engines in other processes as coordinate text,
+// players in this one the record itself.
+bool clsTourneyGame::playLegal(const Move* legal, std::int64_t elapsed) {
   const int mover = side_;
   clocks_[mover] = static_cast<std::int32_t>(clocks_[mover] + clock_.incrementMs - elapsed);
-  std::string san;
-  const std::string move = reply.empty() ? reply : coordinateMove(reply);
-  if (move.empty() || !playCoordinateMove(board_, move, san)) {
+  if (legal == nullptr) {
     setResult(illegalMoveCode(mover));
     return false;
   }
+  const Move move = *legal;  // the frame is regenerated for the SAN
+  const std::string san = board_.sanText(move);
+  board_.playRecord(move);
+  board_.resetFrames();
+  std::string text = clsBoard::moveText(&move, false);
+  std::erase(text, '=');
   game_.addMove(san);
   if (game_.addPosition(repetitionKey(board_.position()))) {
     setResult(rc::DRAW | rc::REPETITION);
@@ -255,12 +272,12 @@ bool clsTourneyGame::takeMove(const std::string& reply, std::int64_t elapsed) {
     setResult(end);
     return false;
   }
-  adapters_[mover]->PlayMove(move, mover, san);
+  adapters_[mover]->PlayMove(text, mover, san, &move);
   side_ = mover ^ 1;
   moveStartMs_ = kobubase::nowMs();
   adapters_[WHITE]->setClocks(clocks_[WHITE], clocks_[BLACK]);
   adapters_[BLACK]->setClocks(clocks_[BLACK], clocks_[WHITE]);
-  adapters_[side_]->PlayMove(move, mover, san);
+  adapters_[side_]->PlayMove(text, mover, san, &move);
   return true;
 }
 
@@ -284,14 +301,18 @@ void clsTourneyGame::setResult(std::uint32_t code) {
   log(resultLine(code));
 }
 
+std::pair<int, int> clsTourneyHost::gameScored(clsTourneyGame& game) {
+  const GamePoints points = gamePoints(game.record().result());
+  return {points.white, points.black};
+}
+
 void clsTourneyGame::score() {
   const GamePoints points = gamePoints(game_.result());
   if (!points.decided) return;
-  const int half[2] = {points.white, points.black};
-  for (int colour = WHITE; colour <= BLACK; ++colour) {
-    const int total = players_[colour]->addGame(half[colour]);
-    log(scoreLine(players_[colour]->name(), half[colour], total));
-  }
+  durationMs_ = kobubase::nowMs() - gameStartMs_.load();
+  const auto [whiteTotal, blackTotal] = host_.gameScored(*this);
+  log(scoreLine(players_[WHITE]->name(), points.white, whiteTotal));
+  log(scoreLine(players_[BLACK]->name(), points.black, blackTotal));
 }
 
 void clsTourneyGame::endAdapters() {

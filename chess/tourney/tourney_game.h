@@ -2,20 +2,24 @@
 // clsTourneyGame plays one game of a tournament on a thread of its own: it
 // makes an engine adapter for each player, prepares both, relays the moves
 // from one to the other, keeps both clocks, judges every move on its own
-// board and ends the game with a result code and a reason. Then it adds the
-// points to both players, ends the adapters, writes its PGN and log files
-// and tells its host. The same game object plays again in every round; its
-// record is reset at the start of each game, keeping the round's tags.
+// board and ends the game with a result code and a reason. Then it logs both
+// players' points and totals (the host keeps the results), ends the
+// adapters, writes its PGN and log files and tells its host. The same game
+// object plays again in every round; its record is reset at the start of
+// each game, keeping the round's tags.
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/thread.h"
 #include "chess/board/board.h"
 #include "chess/tourney/engine_interface.h"
 #include "chess/tourney/game_record.h"
+#include "chess/tourney/openings.h"
 #include "chess/tourney/player.h"
 #include "chess/tourney/score_adjudication.h"
 
@@ -42,6 +46,10 @@ class clsTourneyHost {
   virtual ~clsTourneyHost() = default;
   // A line from a game's source ("game 3") to the console and the run's log.
   virtual void hostLog(const std::string& source, const std::string& text) = 0;
+  // Called on the game's thread when the game has a decided result, before
+  // it is written: the totals of White and Black in half-points, this game
+  // included. A host that keeps no results answers the game's own points.
+  virtual std::pair<int, int> gameScored(clsTourneyGame& game);
   // Called on the game's thread once the game has ended and was written.
   virtual void gameFinished(clsTourneyGame& game) = 0;
 };
@@ -59,8 +67,8 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   clsGame& record() { return game_; }
   // File name without extension for the PGN and the log; empty: no files.
   void setFileBase(const std::string& base) { fileBase_ = base; }
-  // Moves in coordinate notation played before the players take over.
-  void setOpening(std::vector<std::string> moves) { opening_ = std::move(moves); }
+  // The start position and the moves played before the players take over.
+  void setOpening(Opening opening) { opening_ = std::move(opening); }
   // Started in this round and not finished yet.
   bool playing() const { return isRunning() || (started_ && !finished_.load()); }
   bool started() const { return started_; }
@@ -90,8 +98,9 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   void loop();
   // One reply of the side to move; false when the game has ended.
   bool takeReply(const std::string& reply, std::int64_t elapsed);
-  std::string coordinateMove(const std::string& text);
+  const Move* legalMove(const std::string& text);
   bool takeMove(const std::string& reply, std::int64_t elapsed);
+  bool playLegal(const Move* legal, std::int64_t elapsed);
   bool judgePosition(int mover);
   void setResult(std::uint32_t code);
   void score();
@@ -104,7 +113,7 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   clsPlayer* players_[2];
   GameClock clock_;
   std::string fileBase_;
-  std::vector<std::string> opening_;
+  Opening opening_;
   clsGame game_;
   clsBoard board_;
   std::unique_ptr<clsEngineInterface> adapters_[2];

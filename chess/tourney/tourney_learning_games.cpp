@@ -14,13 +14,12 @@ GameClock moveTimeClock(int msPerMove, int maxMoves) {
 }
 
 GameOutcome clsTourneyLearningGames::play(const Soul& white, const Soul& black,
-                                          const std::vector<std::string>& openingMoves, int msPerMove,
-                                          int maxMoves) {
+                                          const std::vector<std::string>& openingMoves, int msPerMove, int maxMoves) {
   clsPlayer whitePlayer(PlayerConfig{white.name, "", soulText(white), "embedded"});
   clsPlayer blackPlayer(PlayerConfig{black.name, "", soulText(black), "embedded"});
   clsQuietHost host;
   clsTourneyGame game(host, 1, &whitePlayer, &blackPlayer, moveTimeClock(msPerMove, maxMoves));
-  game.setOpening(openingMoves);
+  game.setOpening(Opening{{}, openingMoves});
   GameOutcome outcome;
   outcome.finished = false;
   if (stopped_.load() || !game.start()) return outcome;

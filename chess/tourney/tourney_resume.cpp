@@ -5,6 +5,7 @@
 #include <set>
 #include <sstream>
 #include <tuple>
+#include <utility>
 
 namespace kbuChess {
 
@@ -75,6 +76,42 @@ std::vector<GameResultRow> rowsOfWholePairs(const std::vector<GameResultRow>& ro
     if (keep[i]) kept.push_back(rows[i]);
   }
   return kept;
+}
+
+namespace {
+
+// The (round, game) of a game's tag block from "[KobuRound "RUN:ROUND:GAME"]"; (0, 0) without one.
+std::pair<int, int> roundAndGame(const std::string& tags) {
+  const std::string key = "[KobuRound \"";
+  const std::size_t at = tags.find(key);
+  if (at == std::string::npos) return {0, 0};
+  std::istringstream value(tags.substr(at + key.size()));
+  long run = 0, round = 0, game = 0;
+  char colon1 = 0, colon2 = 0;
+  value >> run >> colon1 >> round >> colon2 >> game;
+  if (!value || colon1 != ':' || colon2 != ':') return {0, 0};
+  return {static_cast<int>(round), static_cast<int>(game)};
+}
+
+}  // namespace
+
+std::string pgnOfKeptGames(const std::string& text, const std::set<std::pair<int, int>>& kept, int& dropped) {
+  static const std::string BLANK_LINE = "\r\n\r\n";
+  std::string result;
+  dropped = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    // A whole game is its tag block and its move text, each ended by a blank line.
+    const std::size_t tagsEnd = text.find(BLANK_LINE, at);
+    const std::size_t movesEnd = tagsEnd == std::string::npos ? tagsEnd : text.find(BLANK_LINE, tagsEnd + 4);
+    const std::size_t end = movesEnd == std::string::npos ? text.size() : movesEnd + 4;
+    const std::size_t start = std::exchange(at, end);
+    if (movesEnd == std::string::npos || text[start] != '[' || text[tagsEnd + 4] == '[' ||
+        !kept.count(roundAndGame(text.substr(start, tagsEnd - start))))
+      ++dropped;
+    else
+      result += text.substr(start, end - start);
+  }
+  return result;
 }
 
 }  // namespace kbuChess

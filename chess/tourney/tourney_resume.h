@@ -3,7 +3,9 @@
 // as a few "key<TAB>value" lines (NAME-RUN-event.txt beside the results
 // file), and the rule for what of an interrupted run's results is kept.
 #include <cstdint>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "chess/tourney/results_file.h"
@@ -23,5 +25,11 @@ std::uint64_t seedOfSettings(const std::vector<std::string>& lines);
 // whose partner is missing is dropped (its pair is played again), and so is
 // a second row of the same round and game. `dropped` counts what was left out.
 std::vector<GameResultRow> rowsOfWholePairs(const std::vector<GameResultRow>& rows, int& dropped);
+
+// The PGN text of a game file (as the run writes it: tags, a blank line, the
+// move text, a blank line) without the games whose (round, game), read from
+// their "KobuRound" tag, is not in `kept`, and without a game cut short.
+// `dropped` counts the games left out. A resumed run plays those again.
+std::string pgnOfKeptGames(const std::string& text, const std::set<std::pair<int, int>>& kept, int& dropped);
 
 }  // namespace kbuChess

@@ -5,6 +5,7 @@
 //   fake_engine xboard|uci [option...]
 //     log=FILE      append every line received to FILE
 //     ping          (xboard) declare "feature ping=1 done=1"
+//     setboard      (xboard) declare "feature setboard=1"; edit mode works without it
 //     slowstart=MS  (xboard) say "feature done=0" first and the rest MS later
 //     noready       (UCI) never send "uciok" nor "readyok"
 //     silent        never move
@@ -64,17 +65,26 @@ class FakeEngine {
 
  private:
   void xboardCommand(const std::string& command, const std::string& line) {
+    if (editing_) return edit(line);
     if (command == "protover") {
       if (!script_.value("slowstart").empty()) {
         say("feature done=0");
         std::this_thread::sleep_for(std::chrono::milliseconds(std::atoi(script_.value("slowstart").c_str())));
       }
-      say(std::string("feature myname=\"fake\" ping=") + (script_.has("ping") ? "1" : "0") + " done=1");
+      say(std::string("feature myname=\"fake\" ping=") + (script_.has("ping") ? "1" : "0") +
+          (script_.has("setboard") ? " setboard=1" : "") + " done=1");
     } else if (command == "ping") {
       say("pong" + line.substr(4));
     } else if (command == "new") {
       board_.readFEN(kbuChess::clsBoard::START_FEN);
       ownSide_ = 1;
+    } else if (command == "setboard") {
+      board_.readFEN(line.substr(9));
+    } else if (command == "edit") {
+      editing_ = true;
+      editBlack_ = false;
+    } else if (command == "force") {
+      ownSide_ = -1;
     } else if (command == "go") {
       ownSide_ = static_cast<int>(board_.position().side);
       answer(false);
@@ -90,13 +100,35 @@ class FakeEngine {
     } else if (command == "isready") {
       if (!script_.has("noready")) say("readyok");
     } else if (command == "position") {
-      board_.readFEN(kbuChess::clsBoard::START_FEN);
-      for (std::string word; words >> word;) {
-        if (word != "startpos" && word != "moves") board_.readCoordinateMove(word);
+      std::string word, fen;
+      words >> word;
+      const bool fromFen = word == "fen";
+      for (int field = 0; fromFen && field < 6 && words >> word; ++field) fen += (field ? " " : "") + word;
+      board_.readFEN(fen.empty() ? kbuChess::clsBoard::START_FEN : fen);
+      while (words >> word) {
+        if (word != "moves") board_.readCoordinateMove(word);
       }
     } else if (command == "go") {
       answer(true);
     }
+  }
+
+  // Edit mode: "#" empties the board, "c" switches colour, "Pa2" places a
+  // piece, "." leaves with castling where kings and rooks stand at home.
+  void edit(const std::string& line) {
+    if (line == "#") squares_.assign(64, '1');
+    if (line == "c") editBlack_ = !editBlack_;
+    if (line.size() == 3) squares_[(7 - (line[2] - '1')) * 8 + (line[1] - 'a')] = editBlack_ ? line[0] | 0x20 : line[0];
+    if (line != ".") return;
+    editing_ = false;
+    std::string fen;
+    for (int rank = 0; rank < 8; ++rank) fen += squares_.substr(rank * 8, 8) + (rank < 7 ? "/" : "");
+    fen += board_.position().side == 0 ? " w " : " b ";
+    const auto at = [&](int index, char piece) { return squares_[index] == piece; };
+    std::string castling = std::string(at(60, 'K') && at(63, 'R') ? "K" : "") +
+                           (at(60, 'K') && at(56, 'R') ? "Q" : "") + (at(4, 'k') && at(7, 'r') ? "k" : "") +
+                           (at(4, 'k') && at(0, 'r') ? "q" : "");
+    board_.readFEN(fen + (castling.empty() ? "-" : castling) + " -");
   }
 
   // The reply to a move request, as the script wants it.
@@ -126,8 +158,10 @@ class FakeEngine {
 
   Script script_;
   kbuChess::clsBoard board_;
-  int ownSide_ = 1;
+  int ownSide_ = 1;  // -1 in force mode
   int moves_ = 0;
+  bool editing_ = false, editBlack_ = false;
+  std::string squares_ = std::string(64, '1');
 };
 
 }  // namespace

@@ -50,9 +50,7 @@ class clsFakeGames : public clsLearningGames {
 // Every opening is the same short line, so the fake needs no board.
 class clsCountingOpenings : public clsOpenings {
  public:
-  std::vector<std::string> line(kobubase::clsRandom& random) override {
-    return {std::to_string(random.abs32() % 1000)};
-  }
+  Opening line(kobubase::clsRandom& random) override { return {{}, {std::to_string(random.abs32() % 1000)}}; }
 };
 
 using tourney_test::readText;
@@ -283,9 +281,9 @@ TEST(Openings, RandomLinesAreLegalAndRepeatFromTheSeed) {
   initTables();
   clsRandomOpenings openings(10);
   kobubase::clsRandom r1(5, 6), r2(5, 6);
-  const std::vector<std::string> line = openings.line(r1);
-  EXPECT_EQ(line, openings.line(r2));
-  EXPECT_NE(line, openings.line(r1));
+  const std::vector<std::string> line = openings.line(r1).moves;
+  EXPECT_EQ(line, openings.line(r2).moves);
+  EXPECT_NE(line, openings.line(r1).moves);
   ASSERT_EQ(line.size(), 10u);
   clsBoard board;
   board.readFEN(clsBoard::START_FEN);
@@ -304,7 +302,7 @@ TEST(Openings, BookMovesWhileTheBookKnowsThePosition) {
   clsBookOpenings openings(book, 5);
   kobubase::clsRandom random(1, 2);
   for (int i = 0; i < 3; ++i) {
-    const std::vector<std::string> line = openings.line(random);
+    const std::vector<std::string> line = openings.line(random).moves;
     ASSERT_EQ(line.size(), 5u);
     EXPECT_EQ(line[0], "d2d4");
     EXPECT_EQ(line[1], "g8f6");

@@ -82,7 +82,7 @@ TEST(Openings, SuiteLinesFromPgnRepeatForEveryPair) {
       "[Event \"set up\"]\n[FEN \"8/8/8/8/8/8/k7/K7 w - - 0 1\"]\n[SetUp \"1\"]\n\n1. Kb1 *\n\n"
       "[Event \"b\"]\n\n1. d4 d5 *\n";
   const auto lines = readPgnLines(pgn, 3, out);
-  ASSERT_EQ(lines, (std::vector<Lines>{{"e2e4", "e7e5", "g1f3"}, {"d2d4", "d7d5"}}));
+  ASSERT_EQ(lines, (std::vector<Opening>{{{}, {"e2e4", "e7e5", "g1f3"}}, {{}, {"d2d4", "d7d5"}}}));
   EXPECT_EQ(out.takeAll(), Lines{"# openings: game 2 has no playable move, skipped"});
   clsSuiteOpenings sequential(lines, OpeningOrder::SEQUENTIAL, 1);
   EXPECT_EQ(sequential.lineOfPair(5, 0), lines[1]);

@@ -73,6 +73,15 @@ TEST(TourneyResume, KilledRunResumedPlaysEachGameOnceWithTheSameOpenings) {
   EXPECT_EQ(openingsOf(killed.file("pairs-1-results.tsv"), counts), expected);
   for (const auto& [game, count] : counts) EXPECT_EQ(count, 1) << game;
   EXPECT_TRUE(anyHolds(resumed, "# A vs B: games 6 W-L-D "));
+  // The game files hold every (round, game) once too: a replayed game's first PGN is gone.
+  for (const std::string game : {"1", "2"}) {
+    const std::string pgn = tourney_test::readText(killed.file("pairs-1-" + game + ".pgn"));
+    for (const std::string round : {"1", "2", "3"}) {
+      const std::string tag = "[KobuRound \"1:" + round + ":" + game + "\"]";
+      EXPECT_EQ(pgn.find(tag), pgn.rfind(tag)) << tag;
+      EXPECT_NE(pgn.find(tag), std::string::npos) << tag;
+    }
+  }
 
   // The settings of the run are checked; a folder without a run has nothing to resume.
   const std::string changed = writeEvent(killed, "<clock game_ms=\"2000\"/>");

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "base/thread.h"
+#include "chess/board/board.h"
 #include "chess/tourney/engine_interface.h"
 #include "tests/common/test_files.h"
 
@@ -61,10 +62,12 @@ inline bool anyHolds(const Lines& lines, const std::string& text) {
                      [&](const std::string& line) { return line.find(text) != std::string::npos; });
 }
 
-// The next non-empty reply within timeoutMs, or "<nothing>".
+// The next non-empty reply within timeoutMs, or "<nothing>"; a move made in
+// this process comes as "move " and its coordinate text.
 inline std::string awaitReply(kbuChess::clsEngineInterface& engine, int timeoutMs) {
   for (const std::int64_t until = kobubase::nowMs() + timeoutMs; kobubase::nowMs() < until; kobubase::sleepMs(1)) {
     engine.Service();
+    if (const auto move = engine.takeMove()) return "move " + kbuChess::clsBoard::moveText(&*move, false);
     const std::string reply = engine.nextReply();
     if (!reply.empty()) return reply;
   }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <map>
 #include <sstream>
 
@@ -15,13 +14,6 @@
 
 namespace kbuChess {
 namespace {
-
-std::vector<std::string> settingsLinesOf(const std::string& path) {
-  std::vector<std::string> lines;
-  std::ifstream in(path, std::ios::binary);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
 
 std::string valueOf(const std::vector<std::string>& lines, const std::string& key) {
   for (const std::string& line : lines) {
@@ -101,7 +93,8 @@ bool mergeResults(const std::vector<std::string>& files, kobubase::clsOutBuffer&
                 "; nothing merged");
       return false;
     }
-    const std::vector<std::string> event = settingsLinesOf(eventFileOf(file));
+    std::vector<std::string> event;
+    readSettingsFile(eventFileOf(file), event);
     if (!event.empty() && settings.empty()) {
       settings = event;
       settingsFrom = file;

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <sstream>
 #include <thread>
@@ -38,23 +37,6 @@ constexpr int CANCEL_FIRST_PAUSE_MS = 3000;
 constexpr int CANCEL_SECOND_PAUSE_MS = 4000;
 // A game file of a long run holds that game of every round.
 constexpr std::uint64_t MAX_GAME_FILE_BYTES = std::uint64_t{1} << 30;
-
-bool readFileText(const std::string& path, std::string& text) {
-  errno = 0;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  text = bytes.str();
-  return true;
-}
-
-std::vector<std::string> splitLines(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
 
 }  // namespace
 
@@ -128,9 +110,9 @@ void clsTourney::chooseRun() {
   runCounter_ = resume_ ? latest : latest + 1;
   if (config_.shardCount > 1 && latest > 0) {
     runCounter_ = latest;
-    std::string text;
-    const bool same = readFileText(runFile("event.txt"), text) &&
-                      settingsDifference(splitLines(text), eventSettingsLines(config_, seed_)).empty();
+    std::vector<std::string> stored;
+    const bool same = readSettingsFile(runFile("event.txt"), stored) &&
+                      settingsDifference(stored, eventSettingsLines(config_, seed_)).empty();
     if (!same && !resume_) runCounter_ = latest + 1;
   }
   const std::string slice = config_.shardCount > 1
@@ -166,9 +148,9 @@ bool clsTourney::makeOpenings() {
   }
   const bool epd = endsWith(".epd");
   if (epd || endsWith(".pgn")) {
-    std::string text;
-    if (!readFileText(file, text)) {
-      out_.print(kobubase::errorLine(errno ? errno : ENOENT) + " (" + file + ")");
+    std::string text, error;
+    if (!kobubase::readWholeFile(file, text, error)) {
+      out_.print(error + " (" + file + ")");
       return false;
     }
     const int plies = config_.openingPliesGiven ? config_.openingPlies : TourneyConfig::MAX_SUITE_PLIES;
@@ -194,13 +176,12 @@ bool clsTourney::makeOpenings() {
 // Takes over the latest run: its settings must match the file's, and every
 // whole pair of its results is kept.
 bool clsTourney::resumeRun() {
-  std::string text;
-  if (runCounter_ < 1 || !readFileText(settingsPath_, text)) {
+  std::vector<std::string> stored;
+  if (runCounter_ < 1 || !readSettingsFile(settingsPath_, stored)) {
     out_.print("# resume: no earlier run of " + fileNamePart(config_.name) + " in " +
                (config_.logFolder.empty() ? std::string(".") : config_.logFolder));
     return false;
   }
-  const std::vector<std::string> stored = splitLines(text);
   if (seed_ == 0) seed_ = seedOfSettings(stored);
   const std::string difference = settingsDifference(stored, eventSettingsLines(config_, seed_));
   if (!difference.empty()) {

@@ -7,7 +7,18 @@
 #include <tuple>
 #include <utility>
 
+#include "base/file_io.h"
+
 namespace kbuChess {
+
+bool readSettingsFile(const std::string& path, std::vector<std::string>& lines) {
+  lines.clear();
+  std::string text, error;
+  if (!kobubase::readWholeFile(path, text, error)) return false;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return true;
+}
 
 std::vector<std::string> eventSettingsLines(const TourneyConfig& config, std::uint64_t seed) {
   std::string players;

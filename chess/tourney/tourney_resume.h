@@ -16,6 +16,8 @@ namespace kbuChess {
 // The settings a continued run must share with the run it continues: name,
 // players, clock, openings and seed, one "key<TAB>value" line each.
 std::vector<std::string> eventSettingsLines(const TourneyConfig& config, std::uint64_t seed);
+// The lines of a run's event file; false (no lines) when it cannot be read.
+bool readSettingsFile(const std::string& path, std::vector<std::string>& lines);
 // The first setting that differs, as "players differs (run: A, B; file: A, C)"; empty when none does.
 std::string settingsDifference(const std::vector<std::string>& run, const std::vector<std::string>& file);
 // The seed written in settings lines; 0 when there is none.

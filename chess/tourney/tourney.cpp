@@ -35,6 +35,9 @@ constexpr int PROGRESS_EVERY_MS = 1000;
 // The fixed pauses of a cancelled run: engines get time to read "quit" and leave.
 constexpr int CANCEL_FIRST_PAUSE_MS = 3000;
 constexpr int CANCEL_SECOND_PAUSE_MS = 4000;
+// How long a slice waits for the event file of the latest run: 3 s.
+constexpr int EVENT_FILE_WAITS = 150;
+constexpr int EVENT_FILE_WAIT_MS = 20;
 // A game file of a long run holds that game of every round.
 constexpr std::uint64_t MAX_GAME_FILE_BYTES = std::uint64_t{1} << 30;
 
@@ -110,9 +113,15 @@ void clsTourney::chooseRun() {
   runCounter_ = resume_ ? latest : latest + 1;
   if (config_.shardCount > 1 && latest > 0) {
     runCounter_ = latest;
+    // A slice started at the same moment may still be writing the run's
+    // event file (its temporary copy already names the run): give it time.
     std::vector<std::string> stored;
-    const bool same = readSettingsFile(runFile("event.txt"), stored) &&
-                      settingsDifference(stored, eventSettingsLines(config_, seed_)).empty();
+    bool read = readSettingsFile(runFile("event.txt"), stored);
+    for (int wait = 0; !read && wait < EVENT_FILE_WAITS; ++wait) {
+      kobubase::sleepMs(EVENT_FILE_WAIT_MS);
+      read = readSettingsFile(runFile("event.txt"), stored);
+    }
+    const bool same = read && settingsDifference(stored, eventSettingsLines(config_, seed_)).empty();
     if (!same && !resume_) runCounter_ = latest + 1;
   }
   const std::string slice = config_.shardCount > 1

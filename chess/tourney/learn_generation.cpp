@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <numeric>
 #include <set>
@@ -12,6 +14,7 @@
 #include "base/random.h"
 #include "base/text.h"
 #include "base/thread.h"
+#include "chess/tourney/game_scheduler.h"
 #include "chess/tourney/match_stats.h"
 
 namespace kbuChess {
@@ -29,6 +32,29 @@ std::vector<LearnGame> generationGames(std::size_t souls) {
 }
 
 namespace {
+
+// A game of the learning runner, whose play() returns when its game has
+// ended, run on a thread of its own. It is stopped with the runner as a whole.
+class clsRunnerGame : public clsScheduledGame {
+ public:
+  explicit clsRunnerGame(std::function<void()> play)
+      : thread_([this, play = std::move(play)] {
+          play();
+          done_.store(true);
+        }) {}
+  ~clsRunnerGame() override { wait(); }
+  bool finished() const override { return done_.load(); }
+  void stopGame() override {}
+  bool wait() override {
+    if (!thread_.joinable()) return false;
+    thread_.join();
+    return true;
+  }
+
+ private:
+  std::atomic<bool> done_{false};
+  std::thread thread_;
+};
 
 std::string joined(const std::vector<std::string>& moves) {
   std::string text;
@@ -55,53 +81,54 @@ bool playGenerationSlice(const SoulGeneration& generation, LearnSlice& slice, cl
   // Drawn here, before the games start: an opening source is not shared between threads.
   std::map<std::int64_t, std::vector<std::string>> openingOfPair;
   for (const LearnGame& game : todo) {
-    if (openingOfPair.count(game.pair) == 0) openingOfPair[game.pair] = openings.lineOfPair(generation.seed, game.pair).moves;
+    if (openingOfPair.count(game.pair) == 0)
+      openingOfPair[game.pair] = openings.lineOfPair(generation.seed, game.pair).moves;
   }
-  std::atomic<std::size_t> next{0};
   std::atomic<bool> failed{false};
   std::atomic<int> unfinished{0};
   std::mutex lock;
-  const auto worker = [&] {
-    for (std::size_t k = next++; k < todo.size() && !stop.load() && !failed.load(); k = next++) {
-      const LearnGame& game = todo[k];
-      const Soul& white = generation.souls[static_cast<std::size_t>(game.white)];
-      const Soul& black = generation.souls[static_cast<std::size_t>(game.black)];
-      const std::vector<std::string>& opening = openingOfPair.at(game.pair);
-      const std::int64_t started = kobubase::nowMs();
-      GameOutcome outcome;
-      try {
-        outcome = games.play(white, black, opening, generation.msPerMove, generation.maxMoves);
-      } catch (const std::exception& e) {
-        std::lock_guard<std::mutex> guard(lock);
-        if (!failed.exchange(true)) failure = e.what();
-        continue;
-      }
-      if (!outcome.finished) {
-        ++unfinished;
-        continue;
-      }
-      const GameResultRow row{generation.number,
-                              game.number,
-                              white.name,
-                              black.name,
-                              resultOfWhiteHalfPoints(outcome.whitePoints),
-                              "",
-                              0,
-                              kobubase::nowMs() - started,
-                              joined(opening)};
-      std::lock_guard<std::mutex> guard(lock);
-      if (!slice.resultsPath.empty() && !appendResultsLine(slice.resultsPath, row) && !failed.exchange(true))
-        failure = kobubase::errorLine(errno) + " writing " + slice.resultsPath;
-      slice.rows.push_back(row);
-    }
+  const auto fail = [&](const std::string& why) {
+    std::lock_guard<std::mutex> guard(lock);
+    if (!failed.exchange(true)) failure = why;
   };
-  const std::size_t threads = std::clamp<std::size_t>(static_cast<std::size_t>(std::max(slice.threads, 1)), 1,
-                                                      std::max<std::size_t>(todo.size(), 1));
-  std::vector<std::thread> pool;
-  for (std::size_t t = 1; t < threads; ++t) pool.emplace_back(worker);
-  worker();
-  for (std::thread& thread : pool) thread.join();
-  return !failed.load() && !stop.load() && unfinished.load() == 0 && next.load() >= todo.size();
+  const auto play = [&](const LearnGame& game) {
+    const Soul& white = generation.souls[static_cast<std::size_t>(game.white)];
+    const Soul& black = generation.souls[static_cast<std::size_t>(game.black)];
+    const std::vector<std::string>& opening = openingOfPair.at(game.pair);
+    const std::int64_t started = kobubase::nowMs();
+    GameOutcome outcome;
+    try {
+      outcome = games.play(white, black, opening, generation.msPerMove, generation.maxMoves);
+    } catch (const std::exception& e) {
+      fail(e.what());
+      return;
+    }
+    if (!outcome.finished) {
+      ++unfinished;
+      return;
+    }
+    const GameResultRow row{generation.number,
+                            game.number,
+                            white.name,
+                            black.name,
+                            resultOfWhiteHalfPoints(outcome.whitePoints),
+                            "",
+                            0,
+                            kobubase::nowMs() - started,
+                            joined(opening)};
+    std::lock_guard<std::mutex> guard(lock);
+    if (!slice.resultsPath.empty() && !appendResultsLine(slice.resultsPath, row) && !failed.exchange(true))
+      failure = kobubase::errorLine(errno) + " writing " + slice.resultsPath;
+    slice.rows.push_back(row);
+  };
+  clsGameScheduler scheduler(slice.threads);
+  std::vector<bool> started(todo.size(), false);
+  ScheduleHooks hooks;
+  hooks.start = [&](std::size_t i) { return std::make_unique<clsRunnerGame>([&play, &todo, i] { play(todo[i]); }); };
+  hooks.stopped = [&] { return stop.load() || failed.load(); };
+  const bool played = scheduler.play(started, hooks);
+  scheduler.clear();  // a stopped runner ends its games soon; a failed one lets them finish
+  return played && !failed.load() && !stop.load() && unfinished.load() == 0;
 }
 
 bool rankGeneration(const SoulGeneration& generation, const std::vector<GameResultRow>& rows, SoulGeneration& ranked,

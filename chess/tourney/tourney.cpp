@@ -29,9 +29,6 @@ using enum kobubase::CommandResult;
 
 namespace {
 
-// How often the scheduler looks at its games; progress is logged once a second.
-constexpr int SCHEDULE_STEP_MS = 10;
-constexpr int PROGRESS_EVERY_MS = 1000;
 // The fixed pauses of a cancelled run: engines get time to read "quit" and leave.
 constexpr int CANCEL_FIRST_PAUSE_MS = 3000;
 constexpr int CANCEL_SECOND_PAUSE_MS = 4000;
@@ -73,7 +70,7 @@ int nextRunCounter(const std::string& folder, const std::string& eventName) {
 }
 
 clsTourney::clsTourney(TourneyConfig config, kobubase::clsOutBuffer& out, bool resume)
-    : config_(std::move(config)), out_(out), resume_(resume) {
+    : config_(std::move(config)), out_(out), scheduler_(config_.gamesAtOnce()), resume_(resume) {
   startMs_ = kobubase::nowMs();
   for (const PlayerConfig& player : config_.players) players_.push_back(std::make_unique<clsPlayer>(player));
   if (!config_.logFolder.empty()) {
@@ -258,7 +255,7 @@ void clsTourney::writeSettings() {
 }
 
 clsTourney::~clsTourney() {
-  running_.clear();  // joins every game thread before the players go
+  scheduler_.clear();  // joins every game thread before the players go
   if (logFile_ != nullptr) std::fclose(logFile_);
 }
 
@@ -410,25 +407,17 @@ bool clsTourney::playRound(int round) {
     const std::int64_t pair = static_cast<std::int64_t>(round - 1) * pairsPerRound_ + pairOfGame_[i];
     started_[i] = done_.count({round, static_cast<int>(i) + 1}) > 0 || pair % config_.shardCount != config_.shardIndex;
   }
-  std::int64_t lastProgress = 0;
-  for (;;) {
-    if (kobubase::clsInterruptGuard::requested()) {
-      cancelGames();
-      return false;
-    }
-    const int finished = reapGames();
-    if (finished > 0) reportPairs();
-    startGames(round);
-    int waiting = 0;
-    for (std::size_t i = 0; i < pairings_.size(); ++i) waiting += !started_[i] && mayStart(round, i) ? 1 : 0;
-    const int unfinished = waiting + static_cast<int>(running_.size());
-    if (unfinished == 0) return true;
-    if (kobubase::nowMs() - lastProgress >= PROGRESS_EVERY_MS) {
-      lastProgress = kobubase::nowMs();
-      log(progressLine(round, config_.rounds, static_cast<int>(running_.size()), unfinished));
-    }
-    kobubase::sleepMs(SCHEDULE_STEP_MS);
-  }
+  ScheduleHooks hooks;
+  hooks.start = [this, round](std::size_t i) { return startGame(round, i); };
+  hooks.mayStart = [this, round](std::size_t i) { return mayStart(round, i); };
+  hooks.stopped = [] { return kobubase::clsInterruptGuard::requested(); };
+  hooks.gamesEnded = [this] { reportPairs(); };
+  hooks.progress = [this, round](int running, int unfinished) {
+    log(progressLine(round, config_.rounds, running, unfinished));
+  };
+  if (scheduler_.play(started_, hooks)) return true;
+  cancelGames();
+  return false;
 }
 
 // Once the sequential test is decided only the partners of started games start.
@@ -441,42 +430,24 @@ bool clsTourney::mayStart(int round, std::size_t index) const {
   return false;
 }
 
-// Starts games in number order while fewer than `threads` are playing; each
-// game object is made here and lives until its game has ended.
-void clsTourney::startGames(int round) {
-  const std::time_t now = std::time(nullptr);
+// The game object lives until its game has ended.
+std::unique_ptr<clsScheduledGame> clsTourney::startGame(int round, std::size_t i) {
   GameClock clock;
   clock.gameMs = config_.gameMs;
   clock.incrementMs = config_.incrementMs;
   clock.maxPlies = config_.maxPlies;
   clock.commandPauseMs = config_.commandPauseMs;
   clock.adjudication = config_.adjudication;
-  for (std::size_t i = 0; i < pairings_.size(); ++i) {
-    if (static_cast<int>(running_.size()) >= config_.gamesAtOnce()) return;
-    if (started_[i] || !mayStart(round, i)) continue;
-    started_[i] = true;
-    const int number = static_cast<int>(i) + 1;
-    clsPlayer* white = players_[static_cast<std::size_t>(pairings_[i].first)].get();
-    clsPlayer* black = players_[static_cast<std::size_t>(pairings_[i].second)].get();
-    auto game = std::make_unique<clsTourneyGame>(*this, number, white, black, clock);
-    game->setFileBase(joinPath(config_.logFolder, gameFilePrefix_ + std::to_string(number)));
-    game->setOpening(roundOpenings_[static_cast<std::size_t>(pairOfGame_[i])]);
-    setRoundTags(game->record(), config_, runCounter_, round, number, white->name(), black->name());
-    setPlayDate(game->record(), config_, now);
-    game->start();
-    running_.push_back(std::move(game));
-  }
-}
-
-// Ends the objects of finished games; returns how many ended.
-int clsTourney::reapGames() {
-  const auto before = running_.size();
-  std::erase_if(running_, [](const std::unique_ptr<clsTourneyGame>& game) {
-    if (!game->finished()) return false;
-    game->wait();
-    return true;
-  });
-  return static_cast<int>(before - running_.size());
+  const int number = static_cast<int>(i) + 1;
+  clsPlayer* white = players_[static_cast<std::size_t>(pairings_[i].first)].get();
+  clsPlayer* black = players_[static_cast<std::size_t>(pairings_[i].second)].get();
+  auto game = std::make_unique<clsTourneyGame>(*this, number, white, black, clock);
+  game->setFileBase(joinPath(config_.logFolder, gameFilePrefix_ + std::to_string(number)));
+  game->setOpening(roundOpenings_[static_cast<std::size_t>(pairOfGame_[i])]);
+  setRoundTags(game->record(), config_, runCounter_, round, number, white->name(), black->name());
+  setPlayDate(game->record(), config_, std::time(nullptr));
+  game->start();
+  return game;
 }
 
 // After every finished pair: its figures, and the sequential test's state.
@@ -508,14 +479,11 @@ void clsTourney::reportPairs() {
 }
 
 void clsTourney::cancelGames() {
-  // A game that has already ended ignores the stop; its record belongs to its
-  // own thread until then, so it is not read here.
-  for (const auto& game : running_) game->stopGame();
   log("cancel");
-  kobubase::sleepMs(CANCEL_FIRST_PAUSE_MS);
-  kobubase::sleepMs(CANCEL_SECOND_PAUSE_MS);
-  for (const auto& game : running_) game->wait();
-  running_.clear();
+  scheduler_.cancel([] {
+    kobubase::sleepMs(CANCEL_FIRST_PAUSE_MS);
+    kobubase::sleepMs(CANCEL_SECOND_PAUSE_MS);
+  });
 }
 
 // Standings and the pair figures over every result row of the run.

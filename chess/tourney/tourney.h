@@ -39,6 +39,7 @@
 #include "base/thread.h"
 #include "chess/book/book.h"
 #include "chess/engine/soul.h"
+#include "chess/tourney/game_scheduler.h"
 #include "chess/tourney/learning.h"
 #include "chess/tourney/match_stats.h"
 #include "chess/tourney/openings.h"
@@ -81,8 +82,7 @@ class clsTourney : public clsTourneyHost {
   void drawOpenings(int round);
   bool playRound(int round);
   bool mayStart(int round, std::size_t index) const;
-  void startGames(int round);
-  int reapGames();
+  std::unique_ptr<clsScheduledGame> startGame(int round, std::size_t index);
   void reportPairs();
   void cancelGames();
   void printStandings();
@@ -98,7 +98,7 @@ class clsTourney : public clsTourneyHost {
   int pairsPerRound_ = 0;
   std::vector<Opening> roundOpenings_;  // of each pair this round
   std::vector<bool> started_;           // of each game this round
-  std::vector<std::unique_ptr<clsTourneyGame>> running_;
+  clsGameScheduler scheduler_;
   std::set<std::pair<int, int>> done_;  // (round, game) of a resumed run's kept games
   std::vector<GameResultRow> rows_;     // every scored or finished game of the run, under logLock_
   std::size_t reportedRows_ = 0;

@@ -19,6 +19,7 @@
 #include "chess/board/board.h"
 #include "chess/tourney/engine_interface.h"
 #include "chess/tourney/game_record.h"
+#include "chess/tourney/game_scheduler.h"
 #include "chess/tourney/openings.h"
 #include "chess/tourney/player.h"
 #include "chess/tourney/score_adjudication.h"
@@ -54,7 +55,7 @@ class clsTourneyHost {
   virtual void gameFinished(clsTourneyGame& game) = 0;
 };
 
-class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
+class clsTourneyGame : public kobubase::clsThread, public clsGameLog, public clsScheduledGame {
  public:
   static constexpr std::size_t MAX_LOG_LINES = 200000;
 
@@ -72,11 +73,12 @@ class clsTourneyGame : public kobubase::clsThread, public clsGameLog {
   // Started in this round and not finished yet.
   bool playing() const { return isRunning() || (started_ && !finished_.load()); }
   bool started() const { return started_; }
-  bool finished() const { return finished_.load(); }
+  bool finished() const override { return finished_.load(); }
   // Makes the game ready to be played again (next round).
   void rearm();
   // Ends the game at its next pass; its result stays as it is.
-  void stopGame() { cancelled_.store(true); }
+  void stopGame() override { cancelled_.store(true); }
+  bool wait() override { return kobubase::clsThread::wait(); }
   std::int64_t durationMs() const { return durationMs_; }
   // The game's log lines so far (copy, under the lock).
   std::vector<std::string> logLines();

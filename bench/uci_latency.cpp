@@ -13,51 +13,16 @@
 #include <string>
 #include <vector>
 
-#include "base/child_process.h"
+#include "bench/bench_child.h"
 #include "bench/bench_timing.h"
 
 namespace {
 
+using bench::Child;
 using kobubase::nowMs;
 
-// The engine behind two pipes; every read has a deadline. A line's arrival
-// is the moment it is taken, within a millisecond of its reading.
-class Child : public kobubase::clsRedirectedChild {
- public:
-  explicit Child(const std::string& path) : clsRedirectedChild(path) {
-    if (start()) waitStarted();
-  }
-  ~Child() override {
-    closeInput();
-    waitExit(3000);
-    shutDown();
-  }
-  bool ok() const { return pid() > 0; }
-  void send(const std::string& line) {
-    if (!sendLine(line)) std::fprintf(stderr, "write failed\n");
-  }
-  // Reads until a line begins with prefix; the arrival time of that line.
-  std::optional<std::int64_t> waitFor(const std::string& prefix, int timeoutMs) {
-    for (const std::int64_t deadline = nowMs() + timeoutMs;; kobubase::sleepMs(1)) {
-      while (hasLine()) {
-        if (takeLine().rfind(prefix, 0) == 0) return nowMs();
-      }
-      if (!alive() || nowMs() > deadline) return std::nullopt;
-    }
-  }
-
- protected:
-  void report(const std::string&) override {}
-};
-
-void report(const char* what, std::vector<std::int64_t> values) {
-  if (values.empty()) {
-    std::printf("%-34s no samples\n", what);
-    return;
-  }
-  std::sort(values.begin(), values.end());
-  std::printf("%-34s n=%3zu  median %4lld ms  worst %4lld ms\n", what, values.size(),
-              static_cast<long long>(values[values.size() / 2]), static_cast<long long>(values.back()));
+void report(const char* what, const std::vector<std::int64_t>& values) {
+  bench::reportTimes(what, values, false);
 }
 
 // Sends the position and "isready", and waits for the reply, so that the

@@ -79,12 +79,12 @@ TEST(EpdOpenings, GoodLinesBecomePositionsAndBadLinesAreNamed) {
   EXPECT_EQ((Opening{"8/8/8/8/8/8/k7/K7 w - - 0 1", {"a1b1"}}).text(), "fen 8/8/8/8/8/8/k7/K7 w - - 0 1 moves a1b1");
 
   // A file without a usable position stops the event before any engine starts.
-  const TempFolder folder("epd-refused");
+  const TempFolder folder;
   std::ofstream(folder.file("bad.epd")) << "8/8/8/8/8/8/8/8 w - -\n";
   TourneyConfig config;
   config.openingBook = folder.file("bad.epd");
   config.players = {{"A", "", "Simple5", "embedded"}, {"B", "", "Mass161", "embedded"}};
-  config.logFolder = folder.path();
+  config.logFolder = folder.dir();
   clsTourney tourney(config, out);
   EXPECT_FALSE(tourney.ready());
   EXPECT_EQ(out.takeAll(),
@@ -126,7 +126,7 @@ std::string pgnExtractReport(const std::string& pgn) {
 TEST(EpdOpenings, EmbeddedGameStartsFromThePosition) {
   ASSERT_EQ(::access(PGN_EXTRACT, X_OK), 0) << "pgn-extract is needed: apt-get install pgn-extract";
   initTables();
-  const TempFolder folder("epd-embedded");
+  const TempFolder folder;
   GameClock clock;
   clock.gameMs = 10000;
   clock.movetimeMs = 50;
@@ -166,7 +166,7 @@ TEST(EpdOpenings, EnginesAreSetUpAsTheirProtocolAsks) {
       {"uci", {"uci", "ucinewgame", "position fen " + fen, "isready", "go wtime 10000 btime 10000 winc 0 binc 0"}},
   };
   for (const auto& c : cases) {
-    const TempFolder folder("epd-setup");
+    const TempFolder folder;
     const std::string log = folder.file("fake.log");
     GameClock clock;
     clock.gameMs = 10000;
@@ -189,7 +189,7 @@ TEST(EpdOpenings, EnginesAreSetUpAsTheirProtocolAsks) {
 TEST(EpdOpenings, RealEngineStartsFromThePosition) {
   ASSERT_EQ(::access(FAIRYMAX, X_OK), 0) << "fairymax is needed: apt-get install fairymax";
   initTables();
-  const TempFolder folder("epd-fairymax");
+  const TempFolder folder;
   GameClock clock;
   clock.gameMs = 10000;
   clock.incrementMs = 100;

@@ -26,7 +26,7 @@ const std::regex GenerationLine(
     R"(# generation (\d+): best (\S+) (\d+(?:\.5)?)/6, spread \d+(?:\.5)?\.\.\3, 12 games in \d+\.\d\d\d s)");
 
 TEST(LearnCommand, OneGenerationThenOneMore) {
-  const tourney_test::TempFolder folder("learn-e2e");
+  const tourney_test::TempFolder folder;
   const std::string path = folder.file("e2e.souls");
   EngineProcess talvena(TALVENA_BIN);
   ASSERT_TRUE(talvena.started());

@@ -65,7 +65,7 @@ class LearnSlicesTest : public testing::Test {
 
   kobubase::clsOutBuffer out;
   clsDeterministicGames runner;
-  tourney_test::TempFolder folder{"learn-slices"};
+  tourney_test::TempFolder folder;
   std::string file = folder.file("s.souls");
 };
 

@@ -77,7 +77,7 @@ class LearningTest : public testing::Test {
   kobubase::clsOutBuffer out;
   clsCountingOpenings openings;
   LearningSettings settings;
-  tourney_test::TempFolder folder{"learning"};
+  tourney_test::TempFolder folder;
 };
 
 TEST_F(LearningTest, FirstGenerationFromPresetsRanksByScore) {
@@ -239,7 +239,7 @@ TEST_F(LearningTest, AsManySoulsAsTheFileHoldsStopsAtTheLimit) {
 }
 
 TEST_F(LearningTest, AnUnreadableFileIsLeftAlone) {
-  settings.file = folder.path();
+  settings.file = folder.dir();
   clsFakeGames games;
   EXPECT_EQ(learn(games, settings), 0);
   EXPECT_TRUE(games.games.empty());

@@ -152,7 +152,7 @@ TEST(PgnOutputTest, FilesAreNamedAppendedAndWritten) {
   config.name = "";
   EXPECT_EQ(gameFileBase(config, 1, 2), "logs/tourney-1-2");
 
-  tourney_test::TempFolder folder("pgn-files");
+  tourney_test::TempFolder folder;
   const std::string base = folder.file("deep/er/blitz-1-1");
   clsGame game;
   game.setTag("Event", "blitz");
@@ -175,7 +175,7 @@ TEST(PgnOutputTest, FilesAreNamedAppendedAndWritten) {
 // reader, and pgn-extract must not warn about anything.
 TEST(PgnOutputTest, PlayedGamesAreReadBackByPgnExtractAndOurReader) {
   auto board = std::make_unique<clsBoard>();
-  tourney_test::TempFolder folder("pgn-random");
+  tourney_test::TempFolder folder;
   const std::string base = folder.file("random-1-1");
   std::vector<PlayedGame> games;
   std::string ends;

@@ -18,7 +18,7 @@ class ResultsFileTest : public testing::Test {
  protected:
   void write(const std::string& text) { std::ofstream(path_, std::ios::binary) << text; }
 
-  tourney_test::TempFolder folder_{"results"};
+  tourney_test::TempFolder folder_;
   std::string path_ = folder_.file("run.tsv");
 };
 

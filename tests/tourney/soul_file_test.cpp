@@ -29,7 +29,7 @@ TEST(SoulFile, TextAndDiskRoundTripByteForByte) {
   EXPECT_EQ(file.last().souls[0].name, "G2-1");
   EXPECT_EQ(soulFileText(file), text);
 
-  const tourney_test::TempFolder folder("souls");
+  const tourney_test::TempFolder folder;
   const std::string path = folder.file("roundtrip.souls");
   std::string error;
   ASSERT_TRUE(writeSoulFile(path, file, error)) << error;

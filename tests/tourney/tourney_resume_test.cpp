@@ -23,7 +23,7 @@ using tourney_test::TempFolder;
 std::string writeEvent(const TempFolder& folder, const std::string& clock) {
   const std::string path = folder.file("event.xml");
   std::ofstream(path) << "<tourney name=\"pairs\" type=\"gauntlet\"><options><rounds>3</rounds><logfolder>"
-                      << folder.path()
+                      << folder.dir()
                       << "</logfolder><threads>2</threads><opening_plies>4</opening_plies><seed>11</seed></options>"
                       << clock
                       << "<engines><engine active=\"true\" name=\"A\" protocol=\"embedded\" parameters=\"Simple5\"/>"
@@ -49,7 +49,7 @@ Lines runTalvena(const Lines& args, int status = 0) {
 }
 
 TEST(TourneyResume, KilledRunResumedPlaysEachGameOnceWithTheSameOpenings) {
-  const TempFolder whole("whole"), killed("killed");
+  const TempFolder whole, killed;
   runTalvena({"-use=tourney", "-ini=" + writeEvent(whole, CLOCK)});
   std::map<std::string, int> counts;
   const auto expected = openingsOf(whole.file("pairs-1-results.tsv"), counts);
@@ -87,9 +87,9 @@ TEST(TourneyResume, KilledRunResumedPlaysEachGameOnceWithTheSameOpenings) {
   const std::string changed = writeEvent(killed, "<clock game_ms=\"2000\"/>");
   EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + changed, "-resume"}, 1),
                        "# resume refused: clock differs (run: 0/1000+10; file: 300000/2000+0)"));
-  const TempFolder empty("empty");
+  const TempFolder empty;
   EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(empty, CLOCK), "-resume"}, 1),
-                       "# resume: no earlier run of pairs in " + empty.path()));
+                       "# resume: no earlier run of pairs in " + empty.dir()));
 }
 
 }  // namespace
@@ -98,7 +98,7 @@ namespace {
 
 // An openings file that gives no opening stops the event before any engine starts.
 TEST(TourneyOpenings, FilesWithoutAnOpeningAreRefusedBeforeTheFirstGame) {
-  const TempFolder folder("openings");
+  const TempFolder folder;
   std::ofstream(folder.file("binary.pgn"), std::ios::binary) << std::string("\0\1\2\3\xff\xfe", 6);
   const struct {
     std::string file;
@@ -113,7 +113,7 @@ TEST(TourneyOpenings, FilesWithoutAnOpeningAreRefusedBeforeTheFirstGame) {
     config.openingBook = c.file;
     config.openingPlies = 8;
     config.players = {{"A", "", "Simple5", "embedded"}, {"B", "", "Mass161", "embedded"}};
-    config.logFolder = folder.path();
+    config.logFolder = folder.dir();
     kobubase::clsOutBuffer out;
     out.setEcho(false);
     out.setKeep(true);

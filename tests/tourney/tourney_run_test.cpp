@@ -38,7 +38,7 @@ using Engine = std::array<std::string, 4>;
 std::string writeTourney(const TempFolder& folder, const std::string& name, const std::string& clock, int threads,
                          const std::vector<Engine>& engines, const std::string& moreOptions = "") {
   std::ostringstream xml;
-  xml << "<tourney name=\"" << name << "\" type=\"gauntlet\"><options><rounds>1</rounds><logfolder>" << folder.path()
+  xml << "<tourney name=\"" << name << "\" type=\"gauntlet\"><options><rounds>1</rounds><logfolder>" << folder.dir()
       << "</logfolder><threads>" << threads << "</threads>" << moreOptions << "</options>" << clock << "<engines>";
   for (const auto& [engine, protocol, file, parameters] : engines) {
     xml << "<engine active=\"true\" name=\"" << engine << "\" protocol=\"" << protocol << "\" filename=\"" << file
@@ -100,7 +100,7 @@ std::unique_ptr<EngineProcess> startEndlessGames(const TempFolder& folder, const
 }
 
 TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
-  const TempFolder folder("faults");
+  const TempFolder folder;
   const std::string fake = FAKE_ENGINE;
   const std::string ini = writeTourney(folder, "faults", "<clock game_ms=\"3000\" increment_ms=\"0\"/>", 14,
                                        {{"Self", "embedded", "", "Simple5"},
@@ -146,7 +146,7 @@ TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
 // asks for time to start (done=0, then done=1 2.5 s later) gets it and plays.
 // The missing one's name ends in a backslash: its PGN still reads cleanly.
 TEST(TourneyRun, MissingFloodingAndSlowStartingEngines) {
-  const TempFolder folder("hostile");
+  const TempFolder folder;
   const std::string ini = writeTourney(folder, "hostile", "<clock game_ms=\"3000\" increment_ms=\"100\"/>", 3,
                                        {{"Self", "embedded", "", "Simple5"},
                                         {"Missing\\", "xboard", "/nonexistent/engine", ""},
@@ -175,7 +175,7 @@ TEST(TourneyRun, MissingFloodingAndSlowStartingEngines) {
 // scores and is never adjudicated (its games end otherwise, at the latest on
 // the length cap).
 TEST(TourneyRun, ScoresAdjudicateOnlyEnginesThatPrintThem) {
-  const TempFolder folder("adjudicate");
+  const TempFolder folder;
   const std::string ini = writeTourney(folder, "adjudicate", "<clock game_ms=\"5000\" increment_ms=\"100\"/>", 2,
                                        {{"Self", "embedded", "", "Simple5"},
                                         {"Uci", "uci", FAKE_ENGINE, "uci"},
@@ -200,7 +200,7 @@ TEST(TourneyRun, ScoresAdjudicateOnlyEnginesThatPrintThem) {
 // (up to 300 ms a move), so Talvena-as-UCI must never forfeit; no side may
 // play an illegal move, and pgn-extract reads every game without a word.
 TEST(TourneyRun, TalvenaAsUciPlaysItselfStockfishAndFairymaxByTheRules) {
-  const TempFolder folder("uci");
+  const TempFolder folder;
   ASSERT_TRUE(fs::exists(STOCKFISH) && fs::exists(FAIRYMAX)) << "tests/run.sh installs stockfish and fairymax";
   const std::string ini = writeTourney(folder, "uci", "<clock game_ms=\"6000\" increment_ms=\"400\"/>", 2,
                                        {{"TalvenaUci", "uci", TALVENA_BIN, ""},
@@ -223,7 +223,7 @@ TEST(TourneyRun, TalvenaAsUciPlaysItselfStockfishAndFairymaxByTheRules) {
 // Ctrl-C: running games are stopped, the standings so far printed, every
 // engine ended, and the program ends with status 0.
 TEST(TourneyRun, CtrlCWindsDownAndLeavesNoEngineBehind) {
-  const TempFolder folder("sigint");
+  const TempFolder folder;
   const std::string marker = folder.file("sigint-marker");
   const std::unique_ptr<EngineProcess> talvena = startEndlessGames(folder, marker);
   ::kill(talvena->pid(), SIGINT);
@@ -233,7 +233,7 @@ TEST(TourneyRun, CtrlCWindsDownAndLeavesNoEngineBehind) {
 
 // kill -9 of the program in the middle of a game: its engines die with it.
 TEST(TourneyRun, KilledProgramLeavesNoOrphanEngine) {
-  const TempFolder folder("kill");
+  const TempFolder folder;
   const std::string marker = folder.file("kill-marker");
   const std::unique_ptr<EngineProcess> talvena = startEndlessGames(folder, marker);
   ::kill(talvena->pid(), SIGKILL);

@@ -20,9 +20,9 @@ using tourney_test::TempFolder;
 
 std::string writeEvent(const TempFolder& folder, int seed) {
   const std::string path = folder.file("event.xml");
-  std::ofstream(path) << "<tourney name=\"sl\" type=\"gauntlet\"><options><rounds>2</rounds><logfolder>"
-                      << folder.path() << "</logfolder><threads>2</threads><opening_plies>4</opening_plies><seed>"
-                      << seed << "</seed><sprt elo0=\"0\" elo1=\"5\" alpha=\"0.05\" beta=\"0.05\"/></options>"
+  std::ofstream(path) << "<tourney name=\"sl\" type=\"gauntlet\"><options><rounds>2</rounds><logfolder>" << folder.dir()
+                      << "</logfolder><threads>2</threads><opening_plies>4</opening_plies><seed>" << seed
+                      << "</seed><sprt elo0=\"0\" elo1=\"5\" alpha=\"0.05\" beta=\"0.05\"/></options>"
                       << "<clock moves_per_second=\"0\" game_ms=\"1000\" increment_ms=\"10\"/><engines>"
                       << "<engine active=\"true\" name=\"A\" protocol=\"embedded\" parameters=\"Simple5\"/>"
                       << "<engine active=\"true\" name=\"B\" protocol=\"embedded\" parameters=\"Mass161\"/>"
@@ -52,7 +52,7 @@ Lines figures(const Lines& output) {
 }
 
 TEST(TourneySlices, FourSlicesPlayTheGamesOfOneRunAndMergeExactly) {
-  const TempFolder whole("whole-run"), sliced("sliced-run");
+  const TempFolder whole, sliced;
   runTalvena({"-use=tourney", "-ini=" + writeEvent(whole, 5)});
   const std::set<std::string> wholeGames = gamesOf(whole.file("sl-1-results.tsv"));
   ASSERT_EQ(wholeGames.size(), 8u);
@@ -84,7 +84,7 @@ TEST(TourneySlices, FourSlicesPlayTheGamesOfOneRunAndMergeExactly) {
 }
 
 TEST(TourneySlices, BadSlicesAndMergesAreRefused) {
-  const TempFolder folder("bad-slices"), other("other-event");
+  const TempFolder folder, other;
   EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=4/4"}, 1),
                        "# shard 4/4 needs N from 1 to 1000000 and K from 0 to N-1; the event does not start"));
   EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=x/0"}, 1),

@@ -1,12 +1,9 @@
 #pragma once
-// Helpers shared by the tournament and learning tests: a file's bytes, a
-// scratch folder, a results file's rows, the next reply of an adapter, and a
-// game log that records.
+// Helpers shared by the tournament and learning tests: a results file's rows,
+// the next reply of an adapter, and a game log that records.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <mutex>
 #include <sstream>
 #include <string>
@@ -22,22 +19,7 @@ namespace tourney_test {
 using Lines = std::vector<std::string>;
 
 using testFiles::readText;
-
-// A fresh folder for one test, removed with its contents afterwards.
-class TempFolder {
- public:
-  explicit TempFolder(const std::string& name)
-      : path_(testing::TempDir() + "talvena-" + name + "-" + std::to_string(::getpid())) {
-    std::filesystem::remove_all(path_);
-    std::filesystem::create_directories(path_);
-  }
-  ~TempFolder() { std::filesystem::remove_all(path_); }
-  std::string file(const std::string& name) const { return path_ + "/" + name; }
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
+using testFiles::TempFolder;
 
 // The game lines of a results file, each cut at its tabs into its nine
 // fields; the header is checked and left out.

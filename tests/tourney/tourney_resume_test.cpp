@@ -100,6 +100,7 @@ namespace {
 TEST(TourneyOpenings, FilesWithoutAnOpeningAreRefusedBeforeTheFirstGame) {
   const TempFolder folder;
   std::ofstream(folder.file("binary.pgn"), std::ios::binary) << std::string("\0\1\2\3\xff\xfe", 6);
+  std::ofstream(folder.file("bad.epd")) << "8/8/8/8/8/8/8/8 w - -\n";
   const struct {
     std::string file;
     std::string line;
@@ -107,6 +108,8 @@ TEST(TourneyOpenings, FilesWithoutAnOpeningAreRefusedBeforeTheFirstGame) {
       {folder.file("missing.pgn"), "# error 2: No such file or directory (" + folder.file("missing.pgn") + ")"},
       {folder.file("binary.pgn"), "# openings: " + folder.file("binary.pgn") + " holds no usable opening"},
       {folder.file("missing.sbk"), "# openings: " + folder.file("missing.sbk") + " is not a readable book"},
+      {folder.file("bad.epd"),
+       "# openings: " + folder.file("bad.epd") + " holds no usable opening; the event does not"},
   };
   for (const auto& c : cases) {
     kbuChess::TourneyConfig config;

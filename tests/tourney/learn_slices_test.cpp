@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <regex>
 #include <set>
 #include <string>
@@ -21,20 +20,7 @@ namespace {
 using tourney_test::Lines;
 using tourney_test::readText;
 
-// The soul with the larger first value wins, equal ones draw; every game is recorded.
-class clsDeterministicGames : public clsLearningGames {
- public:
-  GameOutcome play(const Soul& white, const Soul& black, const std::vector<std::string>& opening, int, int) override {
-    std::lock_guard<std::mutex> guard(lock_);
-    std::string line;
-    for (const std::string& move : opening) line += " " + move;
-    games.insert(white.name + "-" + black.name + line);
-    const int a = white.values[0], b = black.values[0];
-    return GameOutcome{a > b ? 2 : a < b ? 0 : 1, true};
-  }
-  std::mutex lock_;
-  std::set<std::string> games;
-};
+using clsDeterministicGames = tourney_test::clsFakeLearningGames;
 
 std::set<std::string> gameTexts(const std::vector<GameResultRow>& rows) {
   std::set<std::string> texts;
@@ -97,7 +83,7 @@ TEST_F(LearnSlicesTest, OneSliceOrThreeGiveTheSameGamesAndTheSameNextGenerationA
     sliced.insert(sliced.end(), slice.rows.begin(), slice.rows.end());
   }
   EXPECT_EQ(wholeGames.games.size(), 56u);
-  EXPECT_EQ(sliceGames.games, wholeGames.games);
+  EXPECT_EQ(sliceGames.texts(), wholeGames.texts());
   EXPECT_EQ(gameTexts(sliced), gameTexts(whole.rows));
   EXPECT_EQ(bredText(generation, sliced, true), bredText(generation, whole.rows, true));
 

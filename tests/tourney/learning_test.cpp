@@ -4,11 +4,8 @@
 
 #include <fstream>
 #include <map>
-#include <mutex>
-#include <numeric>
 #include <regex>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <tuple>
 
@@ -19,35 +16,7 @@
 namespace kbuChess {
 namespace {
 
-// The stronger soul is the one with the larger first value; equal ones draw.
-// Records every game so that the pairings can be checked.
-class clsFakeGames : public clsLearningGames {
- public:
-  struct Game {
-    std::string white, black;
-    std::vector<std::string> opening;
-  };
-
-  GameOutcome play(const Soul& white, const Soul& black, const std::vector<std::string>& opening, int msPerMove,
-                   int maxMoves) override {
-    std::lock_guard<std::mutex> guard(lock_);
-    lastMs = msPerMove;
-    lastMaxMoves = maxMoves;
-    games.push_back({white.name, black.name, opening});
-    if (++calls == throwAt) throw std::runtime_error("runner broke");
-    if (calls == stopAt) {
-      learning->requestStop();
-      return GameOutcome{1, false};
-    }
-    const int a = white.values[0], b = black.values[0];
-    return GameOutcome{a > b ? 2 : a < b ? 0 : 1, true};
-  }
-
-  std::mutex lock_;
-  std::vector<Game> games;
-  int calls = 0, throwAt = -1, stopAt = -1, lastMs = 0, lastMaxMoves = 0;
-  clsLearning* learning = nullptr;
-};
+using clsFakeGames = tourney_test::clsFakeLearningGames;
 
 // Every opening is the same short line, so the fake needs no board.
 class clsCountingOpenings : public clsOpenings {

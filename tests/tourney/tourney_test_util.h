@@ -1,17 +1,22 @@
 #pragma once
 // Helpers shared by the tournament and learning tests: a results file's rows,
-// the next reply of an adapter, and a game log that records.
+// the next reply of an adapter, learning games without a board, and a game
+// log that records.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <mutex>
+#include <numeric>
+#include <set>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "base/thread.h"
 #include "chess/board/board.h"
 #include "chess/tourney/engine_interface.h"
+#include "chess/tourney/learning.h"
 #include "tests/common/test_files.h"
 
 namespace tourney_test {
@@ -55,6 +60,45 @@ inline std::string awaitReply(kbuChess::clsEngineInterface& engine, int timeoutM
   }
   return "<nothing>";
 }
+
+// Learning games without a board: the soul with the larger first value wins,
+// equal ones draw. Every game is recorded; the game numbered throwAt throws,
+// the one numbered stopAt stops the run and is left unfinished.
+class clsFakeLearningGames : public kbuChess::clsLearningGames {
+ public:
+  struct Game {
+    std::string white, black;
+    Lines opening;
+  };
+
+  kbuChess::GameOutcome play(const kbuChess::Soul& white, const kbuChess::Soul& black, const Lines& opening,
+                             int msPerMove, int maxMoves) override {
+    std::lock_guard<std::mutex> guard(lock_);
+    lastMs = msPerMove;
+    lastMaxMoves = maxMoves;
+    games.push_back({white.name, black.name, opening});
+    if (++calls == throwAt) throw std::runtime_error("runner broke");
+    if (calls == stopAt) {
+      learning->requestStop();
+      return kbuChess::GameOutcome{1, false};
+    }
+    const int a = white.values[0], b = black.values[0];
+    return kbuChess::GameOutcome{a > b ? 2 : a < b ? 0 : 1, true};
+  }
+  // "white-black move ..." of every game.
+  std::multiset<std::string> texts() {
+    std::multiset<std::string> texts;
+    for (const Game& game : games)
+      texts.insert(std::accumulate(game.opening.begin(), game.opening.end(), game.white + "-" + game.black,
+                                   [](const std::string& text, const std::string& move) { return text + " " + move; }));
+    return texts;
+  }
+
+  std::mutex lock_;
+  std::vector<Game> games;
+  int calls = 0, throwAt = -1, stopAt = -1, lastMs = 0, lastMaxMoves = 0;
+  kbuChess::clsLearning* learning = nullptr;
+};
 
 // Every line an adapter logs, as "colour text".
 class clsRecordingLog : public kbuChess::clsGameLog {

@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -87,16 +86,6 @@ int awaitEngines(const std::string& marker, int count) {
     running = processesWith(marker);
   }
   return running;
-}
-
-// Starts two endless games against a silent fake and waits until both have their engines.
-std::unique_ptr<EngineProcess> startEndlessGames(const TempFolder& folder, const std::string& marker) {
-  const std::string ini = writeTourney(
-      folder, "endless", "<clock game_ms=\"600000\"/>", 2,
-      {{"Self", "embedded", "", "Simple5"}, {"Slow", "xboard", FAKE_ENGINE, "xboard silent log=" + marker}});
-  auto talvena = std::make_unique<EngineProcess>(TALVENA_BIN, Lines{"-use=tourney", "-ini=" + ini});
-  EXPECT_EQ(awaitEngines(marker, 2), 2);
-  return talvena;
 }
 
 TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
@@ -220,25 +209,24 @@ TEST(TourneyRun, TalvenaAsUciPlaysItselfStockfishAndFairymaxByTheRules) {
   for (int game = 1; game <= 6; ++game) expectCleanPgn(folder.file("uci-1-" + std::to_string(game) + ".pgn"));
 }
 
-// Ctrl-C: running games are stopped, the standings so far printed, every
-// engine ended, and the program ends with status 0.
-TEST(TourneyRun, CtrlCWindsDownAndLeavesNoEngineBehind) {
-  const TempFolder folder;
-  const std::string marker = folder.file("sigint-marker");
-  const std::unique_ptr<EngineProcess> talvena = startEndlessGames(folder, marker);
-  ::kill(talvena->pid(), SIGINT);
-  EXPECT_TRUE(anyHolds(talvena->expectFarewell(30000), "cancel"));
-  EXPECT_EQ(processesWith(marker), 0);
-}
-
-// kill -9 of the program in the middle of a game: its engines die with it.
-TEST(TourneyRun, KilledProgramLeavesNoOrphanEngine) {
-  const TempFolder folder;
-  const std::string marker = folder.file("kill-marker");
-  const std::unique_ptr<EngineProcess> talvena = startEndlessGames(folder, marker);
-  ::kill(talvena->pid(), SIGKILL);
-  talvena->waitExit(5000);
-  EXPECT_EQ(awaitEngines(marker, 0), 0);
+// Ctrl-C during two endless games against a silent fake: the running games
+// are stopped, the standings so far printed, every engine ended, and the
+// program ends with status 0. kill -9 instead: its engines die with it.
+TEST(TourneyRun, CtrlCAndKillLeaveNoEngineBehind) {
+  for (const int signal : {SIGINT, SIGKILL}) {
+    const TempFolder folder;
+    const std::string marker = folder.file("marker");
+    const std::string ini = writeTourney(
+        folder, "endless", "<clock game_ms=\"600000\"/>", 2,
+        {{"Self", "embedded", "", "Simple5"}, {"Slow", "xboard", FAKE_ENGINE, "xboard silent log=" + marker}});
+    EngineProcess talvena(TALVENA_BIN, Lines{"-use=tourney", "-ini=" + ini});
+    ASSERT_EQ(awaitEngines(marker, 2), 2);
+    ::kill(talvena.pid(), signal);
+    if (signal == SIGINT) EXPECT_TRUE(anyHolds(talvena.expectFarewell(30000), "cancel"));
+    if (signal == SIGKILL) talvena.waitExit(5000);
+    // Ctrl-C ends the engines before the program ends; after kill -9 they notice on their own.
+    EXPECT_EQ(signal == SIGINT ? processesWith(marker) : awaitEngines(marker, 0), 0) << signal;
+  }
 }
 
 }  // namespace

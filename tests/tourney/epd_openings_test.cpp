@@ -20,18 +20,12 @@
 namespace kbuChess {
 namespace {
 
+using tourney_test::KeptOutput;
 using tourney_test::Lines;
 using tourney_test::readText;
 using tourney_test::TempFolder;
 
 const char* const FAIRYMAX = "/usr/games/fairymax";
-
-struct KeptOutput : kobubase::clsOutBuffer {
-  KeptOutput() {
-    setEcho(false);
-    setKeep(true);
-  }
-};
 
 TEST(EpdOpenings, GoodLinesBecomePositionsAndBadLinesAreNamed) {
   initTables();

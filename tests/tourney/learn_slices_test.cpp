@@ -33,10 +33,6 @@ std::set<std::string> gameTexts(const std::vector<GameResultRow>& rows) {
 class LearnSlicesTest : public testing::Test {
  protected:
   static void SetUpTestSuite() { initTables(); }
-  void SetUp() override {
-    out.setEcho(false);
-    out.setKeep(true);
-  }
   Lines breed(const PlaySettings& play = {4, 7, 9, 4}) {
     breedLearnSlices(file, play, 42, out);
     return out.takeAll();
@@ -49,7 +45,7 @@ class LearnSlicesTest : public testing::Test {
   }
   std::string slicePath(int index, int count) { return sliceResultsPath(file, 1, index, count); }
 
-  kobubase::clsOutBuffer out;
+  tourney_test::KeptOutput out;
   clsDeterministicGames runner;
   tourney_test::TempFolder folder;
   std::string file = folder.file("s.souls");

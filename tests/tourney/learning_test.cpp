@@ -30,8 +30,6 @@ class LearningTest : public testing::Test {
  protected:
   static void SetUpTestSuite() { initTables(); }
   void SetUp() override {
-    out.setEcho(false);
-    out.setKeep(true);
     settings.file = path("a");
     settings.seed = 42;
     settings.enginesCount = 4;
@@ -45,7 +43,7 @@ class LearningTest : public testing::Test {
     return learning.run();
   }
 
-  kobubase::clsOutBuffer out;
+  tourney_test::KeptOutput out;
   clsCountingOpenings openings;
   LearningSettings settings;
   tourney_test::TempFolder folder;

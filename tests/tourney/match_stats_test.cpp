@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "base/output.h"
 #include "chess/tourney/openings.h"
 #include "chess/tourney/tourney_resume.h"
+#include "tests/tourney/tourney_test_util.h"
 
 namespace {
 
@@ -74,9 +74,7 @@ TEST(MatchStats, SprtLlrMatchesIndependentValues) {
 }
 
 TEST(Openings, SuiteLinesFromPgnRepeatForEveryPair) {
-  kobubase::clsOutBuffer out;
-  out.setEcho(false);
-  out.setKeep(true);
+  tourney_test::KeptOutput out;
   const std::string pgn =
       "[Event \"a\"]\n\n1. e4 e5 2. Nf3 Nc6 *\n\n"
       "[Event \"set up\"]\n[FEN \"8/8/8/8/8/8/k7/K7 w - - 0 1\"]\n[SetUp \"1\"]\n\n1. Kb1 *\n\n"

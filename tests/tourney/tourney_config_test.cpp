@@ -8,9 +8,8 @@
 #include <sstream>
 #include <tuple>
 
-#include "base/output.h"
 #include "chess/tourney/tourney.h"
-#include "tests/common/test_files.h"
+#include "tests/tourney/tourney_test_util.h"
 
 namespace kbuChess {
 namespace {
@@ -214,9 +213,7 @@ TEST(TourneyConfigTest, CommandFindsANameWithBlanksQuotedOrNot) {
   testFiles::writeText(folder.file("my events/bad.xml"), "not xml");
   for (const std::string& args :
        {"\"" + folder.file("my events/bad.xml") + "\" resume shard=0/2", folder.file("my events/bad.xml")}) {
-    kobubase::clsOutBuffer out;
-    out.setEcho(false);
-    out.setKeep(true);
+    tourney_test::KeptOutput out;
     commandTourney(args, out);
     EXPECT_EQ(out.takeAll(), (Lines{"# starting tourney...", "# wait please...",
                                     "# tourney file is not XML: No document element found at byte 7"}))

@@ -117,9 +117,7 @@ TEST(TourneyOpenings, FilesWithoutAnOpeningAreRefusedBeforeTheFirstGame) {
     config.openingPlies = 8;
     config.players = {{"A", "", "Simple5", "embedded"}, {"B", "", "Mass161", "embedded"}};
     config.logFolder = folder.dir();
-    kobubase::clsOutBuffer out;
-    out.setEcho(false);
-    out.setKeep(true);
+    tourney_test::KeptOutput out;
     kbuChess::clsTourney tourney(config, out);
     EXPECT_FALSE(tourney.ready());
     EXPECT_TRUE(anyHolds(out.takeAll(), c.line)) << c.file;

@@ -1,6 +1,6 @@
 #pragma once
 // Helpers shared by the tournament and learning tests: a results file's rows,
-// the next reply of an adapter, learning games without a board, and a game
+// kept output lines, the next reply of an adapter, learning games without a board, and a game
 // log that records.
 #include <gtest/gtest.h>
 
@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "base/output.h"
 #include "base/thread.h"
 #include "chess/board/board.h"
 #include "chess/tourney/engine_interface.h"
@@ -98,6 +99,14 @@ class clsFakeLearningGames : public kbuChess::clsLearningGames {
   std::vector<Game> games;
   int calls = 0, throwAt = -1, stopAt = -1, lastMs = 0, lastMaxMoves = 0;
   kbuChess::clsLearning* learning = nullptr;
+};
+
+// An output buffer that keeps its lines for the test instead of printing them.
+struct KeptOutput : kobubase::clsOutBuffer {
+  KeptOutput() {
+    setEcho(false);
+    setKeep(true);
+  }
 };
 
 // Every line an adapter logs, as "colour text".

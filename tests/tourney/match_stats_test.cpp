@@ -32,10 +32,9 @@ TEST(MatchStats, PairsCellsAndFiguresComeFromTheRows) {
       matchFiguresLine("A", "B", figures),
       "# A vs B: games 7 W-L-D 2-3-2, pairs LL 1 LD 0 DD+WL 1 WD 1 WW 0 (1 unpaired), elo -58.5 +/- 338.0, LOS 32.2%");
   const auto counts = countsOfRows(ROWS, {"A", "B", "C"});
-  EXPECT_EQ(counts[0].second.wins, 3);
-  EXPECT_EQ(counts[0].second.losses, 3);
-  EXPECT_EQ(counts[0].second.draws, 2);
-  EXPECT_EQ(counts[2].second.losses, 1);
+  const GameCounts &a = counts[0].second, &c = counts[2].second;
+  EXPECT_EQ(std::vector<int>({a.wins, a.losses, a.draws, c.wins, c.losses, c.draws}),
+            std::vector<int>({3, 3, 2, 0, 1, 0}));
   EXPECT_EQ(matchFiguresLine("A", "C", matchFigures(ROWS, "A", "C")),
             "# A vs C: games 1 W-L-D 1-0-0, pairs LL 0 LD 0 DD+WL 0 WD 0 WW 0 (1 unpaired), elo - +/- -, LOS 50.0%");
 }
@@ -66,9 +65,8 @@ TEST(MatchStats, SprtLlrMatchesIndependentValues) {
   }
   const SprtSettings sprt;
   EXPECT_NEAR(sprt.lowerBound(), -2.944, 0.001);
-  EXPECT_EQ(sprtDecision(2.95, sprt), 1);
-  EXPECT_EQ(sprtDecision(-2.95, sprt), -1);
-  EXPECT_EQ(sprtDecision(0, sprt), 0);
+  EXPECT_EQ(std::vector<int>({sprtDecision(2.95, sprt), sprtDecision(-2.95, sprt), sprtDecision(0, sprt)}),
+            std::vector<int>({1, -1, 0}));
   EXPECT_EQ(sprtLine("A", "B", sprt, 0.5),
             "# sprt A vs B (elo0 0, elo1 5, alpha 0.05, beta 0.05): LLR 0.50 in (-2.94, 2.94)");
 }

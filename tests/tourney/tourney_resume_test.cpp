@@ -21,15 +21,9 @@ using tourney_test::Lines;
 using tourney_test::TempFolder;
 
 std::string writeEvent(const TempFolder& folder, const std::string& clock) {
-  const std::string path = folder.file("event.xml");
-  std::ofstream(path) << "<tourney name=\"pairs\" type=\"gauntlet\"><options><rounds>3</rounds><logfolder>"
-                      << folder.dir()
-                      << "</logfolder><threads>2</threads><opening_plies>4</opening_plies><seed>11</seed></options>"
-                      << clock
-                      << "<engines><engine active=\"true\" name=\"A\" protocol=\"embedded\" parameters=\"Simple5\"/>"
-                         "<engine active=\"true\" name=\"B\" protocol=\"embedded\" parameters=\"Mass161\"/>"
-                         "</engines></tourney>";
-  return path;
+  return tourney_test::writeGauntlet(
+      folder, "pairs", "<rounds>3</rounds><threads>2</threads><opening_plies>4</opening_plies><seed>11</seed>", clock,
+      {{"A", "embedded", "", "Simple5"}, {"B", "embedded", "", "Mass161"}});
 }
 
 const std::string CLOCK = "<clock moves_per_second=\"0\" game_ms=\"1000\" increment_ms=\"10\"/>";

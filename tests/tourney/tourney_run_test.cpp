@@ -7,12 +7,8 @@
 #include <signal.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -30,22 +26,11 @@ using tourney_test::TempFolder;
 const std::string FAIRYMAX = "/usr/games/fairymax";
 const std::string STOCKFISH = "/usr/games/stockfish";
 
-// An engine of the tournament file: name, protocol, program, parameters.
-using Engine = std::array<std::string, 4>;
-
 // A gauntlet of one round: the first engine plays each other one twice.
 std::string writeTourney(const TempFolder& folder, const std::string& name, const std::string& clock, int threads,
-                         const std::vector<Engine>& engines, const std::string& moreOptions = "") {
-  std::ostringstream xml;
-  xml << "<tourney name=\"" << name << "\" type=\"gauntlet\"><options><rounds>1</rounds><logfolder>" << folder.dir()
-      << "</logfolder><threads>" << threads << "</threads>" << moreOptions << "</options>" << clock << "<engines>";
-  for (const auto& [engine, protocol, file, parameters] : engines) {
-    xml << "<engine active=\"true\" name=\"" << engine << "\" protocol=\"" << protocol << "\" filename=\"" << file
-        << "\" parameters=\"" << parameters << "\"/>";
-  }
-  xml << "</engines></tourney>";
-  std::ofstream(folder.file(name + ".xml")) << xml.str();
-  return folder.file(name + ".xml");
+                         const std::vector<tourney_test::Engine>& engines, const std::string& moreOptions = "") {
+  const std::string options = "<threads>" + std::to_string(threads) + "</threads>" + moreOptions;
+  return tourney_test::writeGauntlet(folder, name, options, clock, engines);
 }
 
 // "white-black" to "result reason" for every game of the results file.

@@ -1,10 +1,11 @@
 #pragma once
-// Helpers shared by the tournament and learning tests: a results file's rows,
+// Helpers shared by the tournament and learning tests: event files, a results file's rows,
 // kept output lines, the next reply of an adapter, learning games without a board, and a game
 // log that records.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <mutex>
 #include <numeric>
 #include <set>
@@ -43,6 +44,23 @@ inline std::vector<Lines> resultRows(const std::string& path) {
     row.resize(9);
   }
   return rows;
+}
+
+// An engine of an event file: name, protocol, program, parameters.
+using Engine = std::array<std::string, 4>;
+
+// Writes the event file `name`.xml into the folder: a gauntlet logging into
+// the folder with the options and clock given; its path.
+inline std::string writeGauntlet(const TempFolder& folder, const std::string& name, const std::string& options,
+                                 const std::string& clock, const std::vector<Engine>& engines) {
+  std::ostringstream xml;
+  xml << "<tourney name=\"" << name << "\" type=\"gauntlet\"><options><logfolder>" << folder.dir() << "</logfolder>"
+      << options << "</options>" << clock << "<engines>";
+  for (const auto& [engine, protocol, file, parameters] : engines)
+    xml << "<engine active=\"true\" name=\"" << engine << "\" protocol=\"" << protocol << "\" filename=\"" << file
+        << "\" parameters=\"" << parameters << "\"/>";
+  testFiles::writeText(folder.file(name + ".xml"), xml.str() + "</engines></tourney>");
+  return folder.file(name + ".xml");
 }
 
 inline bool anyHolds(const Lines& lines, const std::string& text) {

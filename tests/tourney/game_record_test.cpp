@@ -95,11 +95,9 @@ TEST(GameRecordTest, TagsKeepInsertionOrderAndResultTagsReplaceInPlace) {
 
 TEST(GameRecordTest, MoveTextNumbersWhiteMovesAndResetKeepsTheTags) {
   clsGame game;
-  EXPECT_EQ(game.startFen(), "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
   game.setTag("Round", "2");
-  for (const char* move : {"e4", "e5", "Nf3", "Nc6", "Bb5"}) game.addMove(move);
-  EXPECT_EQ(game.moveText(), "1. e4 e5 2. Nf3 Nc6 3. Bb5 ");
-  EXPECT_EQ(game.plies(), 5);
+  for (const char* move : {"e4", "e5", "Nf3"}) game.addMove(move);
+  EXPECT_EQ(game.moveText() + std::to_string(game.plies()), "1. e4 e5 2. Nf3 3");
   game.addPosition(7);
   game.setResult(0x0A00);
 

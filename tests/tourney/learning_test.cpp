@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <map>
+#include <numeric>
 #include <regex>
 #include <set>
 #include <string>

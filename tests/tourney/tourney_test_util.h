@@ -1,7 +1,7 @@
 #pragma once
-// Helpers shared by the tournament and learning tests: event files, a results file's rows,
-// kept output lines, the next reply of an adapter, learning games without a board, and a game
-// log that records.
+// Helpers shared by the tournament and learning tests: event files, a results
+// file's rows, kept output lines, the next reply of an adapter, learning games
+// without a board, and a game log that records.
 #include <gtest/gtest.h>
 
 #include <algorithm>

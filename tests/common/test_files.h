@@ -25,6 +25,7 @@ struct TempFolder {
     std::filesystem::remove_all(path, ignored);
   }
   std::string file(const std::string& name) const { return (path / name).string(); }
+  std::string dir() const { return path.string(); }
 };
 
 inline Bytes readBytes(const std::string& path) {

@@ -19,18 +19,22 @@ class EmbeddedEngineTest : public testing::Test {
   static void SetUpTestSuite() { kbuChess::initTables(); }
 };
 
-// Two souls play six plies, relayed as a game relays them and judged on a
-// board of the test's own: each move arrives through the output buffer, is
-// legal, and both engines' boards follow the game.
-TEST_F(EmbeddedEngineTest, TwoSoulsPlayLegalMoves) {
-  clsEmbeddedEngine white("white", "Simple5", nullptr, 1), black("black", "BattleField", nullptr, 1);
-  EXPECT_EQ(white.soul() + " " + black.soul() + " " + white.name(), "Simple5 BattleField white");
+// Two souls, one a preset and one given as text, play six plies, relayed as
+// a game relays them and judged on a board of the test's own: each move
+// arrives through the output buffer, is legal, and both engines' boards
+// follow the game. An empty clock still yields a move at once (the first
+// legal one when the search had no time); a new game resets the board.
+TEST_F(EmbeddedEngineTest, TwoSoulsPlayLegalMovesAndANewGameResets) {
+  clsEmbeddedEngine white("white", "Simple5", nullptr, 1);
+  clsEmbeddedEngine black("black", "Mine=7 20 2 20 4 1 5 2 5 8 1 8 10 10 20 5 1 5 10 5 10", nullptr, 1);
+  EXPECT_EQ(white.soul() + " " + black.soul() + " " + white.name(), "Simple5 Mine white");
   ASSERT_TRUE(white.Prepare(0, 2000, 0));
-  ASSERT_TRUE(black.Prepare(1, 2000, 0));
+  ASSERT_TRUE(black.Prepare(1, 0, 0));
   EXPECT_TRUE(white.IsAlive());
   EXPECT_FALSE(white.HasEnded());
   clsBoard referee;
   referee.readFEN(clsBoard::START_FEN);
+  const std::string start = referee.fen();
   clsEmbeddedEngine* players[2] = {&white, &black};
   std::string history;
   white.Go();
@@ -50,24 +54,8 @@ TEST_F(EmbeddedEngineTest, TwoSoulsPlayLegalMoves) {
   // Black's last move set White thinking; Black waits for its turn.
   EXPECT_EQ(awaitReply(black, 200), "<nothing>");
   EXPECT_EQ(awaitReply(white, 5000).rfind("move ", 0), 0u);
-}
-
-// A soul given as text; an empty clock still yields a move at once (the
-// first legal one when the search had no time); a new game resets the board.
-TEST_F(EmbeddedEngineTest, SoulTextEmptyClockAndNewGame) {
-  clsEmbeddedEngine engine("texted", "Mine=7 20 2 20 4 1 5 2 5 8 1 8 10 10 20 5 1 5 10 5 10", nullptr, 1);
-  EXPECT_EQ(engine.soul(), "Mine");
-  ASSERT_TRUE(engine.Prepare(0, 0, 0));
-  engine.Go();
-  const std::string reply = awaitReply(engine, 5000);
-  ASSERT_EQ(reply.rfind("move ", 0), 0u) << reply;
-  engine.PlayMove(reply.substr(5), 0);
-  clsBoard start;
-  start.readFEN(clsBoard::START_FEN);
-  EXPECT_NE(engine.fen(), start.fen());
-  ASSERT_TRUE(engine.Prepare(0, 0, 0));  // kept from the last game: a new game only
-  EXPECT_EQ(engine.moveHistory(), "");
-  EXPECT_EQ(engine.fen(), start.fen());
+  ASSERT_TRUE(black.Prepare(1, 0, 0));  // kept from the last game: a new game only
+  EXPECT_EQ(black.moveHistory() + black.fen(), start);
 }
 
 // Stopping abandons a long search: no move comes afterwards.

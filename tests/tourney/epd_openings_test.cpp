@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -14,27 +12,20 @@
 #include "chess/board/tables.h"
 #include "chess/tourney/epd_suite.h"
 #include "chess/tourney/pgn_output.h"
-#include "chess/tourney/tourney.h"
 #include "chess/tourney/tourney_game.h"
 #include "chess/tourney/tourney_learning_games.h"
+#include "tests/common/pgn_extract.h"
 #include "tests/tourney/tourney_test_util.h"
 
 namespace kbuChess {
 namespace {
 
+using tourney_test::KeptOutput;
 using tourney_test::Lines;
 using tourney_test::readText;
 using tourney_test::TempFolder;
 
-const char* const PGN_EXTRACT = "/usr/games/pgn-extract";
 const char* const FAIRYMAX = "/usr/games/fairymax";
-
-struct KeptOutput : kobubase::clsOutBuffer {
-  KeptOutput() {
-    setEcho(false);
-    setKeep(true);
-  }
-};
 
 TEST(EpdOpenings, GoodLinesBecomePositionsAndBadLinesAreNamed) {
   initTables();
@@ -77,30 +68,17 @@ TEST(EpdOpenings, GoodLinesBecomePositionsAndBadLinesAreNamed) {
                            }));
   EXPECT_EQ(positions[1].text(), "fen 4k3/8/8/8/8/8/8/R3K2R w KQ - 12 40");
   EXPECT_EQ((Opening{"8/8/8/8/8/8/k7/K7 w - - 0 1", {"a1b1"}}).text(), "fen 8/8/8/8/8/8/k7/K7 w - - 0 1 moves a1b1");
-
-  // A file without a usable position stops the event before any engine starts.
-  const TempFolder folder("epd-refused");
-  std::ofstream(folder.file("bad.epd")) << "8/8/8/8/8/8/8/8 w - -\n";
-  TourneyConfig config;
-  config.openingBook = folder.file("bad.epd");
-  config.players = {{"A", "", "Simple5", "embedded"}, {"B", "", "Mass161", "embedded"}};
-  config.logFolder = folder.path();
-  clsTourney tourney(config, out);
-  EXPECT_FALSE(tourney.ready());
-  EXPECT_EQ(out.takeAll(),
-            (Lines{"# openings: line 1 skipped: each side needs one king",
-                   "# openings: " + folder.file("bad.epd") + " holds no usable opening; the event does not start"}));
 }
 
 struct PlayedGame {
-  std::string result, reason;
+  std::string result;  // "result reason"
   int plies = 0;
   std::string pgn;
 };
 
-// One game from the opening, its PGN written to the folder.
-PlayedGame playFrom(const Opening& opening, const PlayerConfig& white, const PlayerConfig& black, GameClock clock,
-                    const TempFolder& folder) {
+// One game from the position, Simple5 (embedded) as White, its PGN written to the folder.
+PlayedGame playFrom(const std::string& fen, const PlayerConfig& black, GameClock clock, const TempFolder& folder) {
+  const PlayerConfig white{"A", "", "Simple5", "embedded"};
   clsPlayer whitePlayer(white), blackPlayer(black);
   clsQuietHost host;
   clsTourneyGame game(host, 1, &whitePlayer, &blackPlayer, clock);
@@ -108,37 +86,28 @@ PlayedGame playFrom(const Opening& opening, const PlayerConfig& white, const Pla
   config.name = "epd";
   setRoundTags(game.record(), config, 1, 1, 1, white.name, black.name);
   game.setFileBase(folder.file("epd-1-1"));
-  game.setOpening(opening);
+  game.setOpening(Opening{fen, {}});
   EXPECT_TRUE(game.start());
   game.wait();
-  return {resultText(game.record().result()), reasonText(game.record().result()), game.record().plies(),
-          readText(folder.file("epd-1-1.pgn"))};
-}
-
-std::string pgnExtractReport(const std::string& pgn) {
-  const std::string report = pgn + ".report";
-  EXPECT_EQ(std::system((std::string(PGN_EXTRACT) + " -s -r " + pgn + " > " + report + " 2>&1").c_str()), 0);
-  return readText(report);
+  const std::uint32_t code = game.record().result();
+  return {resultText(code) + " " + reasonText(code), game.record().plies(), readText(folder.file("epd-1-1.pgn"))};
 }
 
 // Black to move with the 50-move counter at 97 and move 60: three plies
 // later the game is drawn by the 50-move rule; the PGN says where it began.
 TEST(EpdOpenings, EmbeddedGameStartsFromThePosition) {
-  ASSERT_EQ(::access(PGN_EXTRACT, X_OK), 0) << "pgn-extract is needed: apt-get install pgn-extract";
   initTables();
-  const TempFolder folder("epd-embedded");
-  GameClock clock;
-  clock.gameMs = 10000;
-  clock.movetimeMs = 50;
+  const TempFolder folder;
   const std::string fen = "4k3/8/8/8/8/8/8/R3K3 b Q - 97 60";
-  const PlayedGame played =
-      playFrom(Opening{fen, {}}, {"A", "", "Simple5", "embedded"}, {"B", "", "Mass161", "embedded"}, clock, folder);
-  EXPECT_EQ(played.result + " " + played.reason, "1/2-1/2 50 moves");
+  const PlayedGame played = playFrom(fen, {"B", "", "Mass161", "embedded"},
+                                     GameClock{.gameMs = 10000, .movetimeMs = 50, .adjudication = {}}, folder);
+  EXPECT_EQ(played.result, "1/2-1/2 50 moves");
   EXPECT_EQ(played.plies, 3);
   EXPECT_NE(played.pgn.find("[Result \"1/2-1/2\"]\r\n[SetUp \"1\"]\r\n[FEN \"" + fen + "\"]\r\n"), std::string::npos)
       << played.pgn;
   EXPECT_NE(played.pgn.find("\r\n\r\n60... K"), std::string::npos) << played.pgn;
-  EXPECT_EQ(pgnExtractReport(folder.file("epd-1-1.pgn")), "");
+  const testFiles::PgnExtractRun check = testFiles::pgnExtract("-s -r " + folder.file("epd-1-1.pgn"));
+  EXPECT_EQ(std::to_string(check.status) + check.said, "0");
 }
 
 // An xboard engine to move in the new position is set up in force mode,
@@ -166,18 +135,13 @@ TEST(EpdOpenings, EnginesAreSetUpAsTheirProtocolAsks) {
       {"uci", {"uci", "ucinewgame", "position fen " + fen, "isready", "go wtime 10000 btime 10000 winc 0 binc 0"}},
   };
   for (const auto& c : cases) {
-    const TempFolder folder("epd-setup");
+    const TempFolder folder;
     const std::string log = folder.file("fake.log");
-    GameClock clock;
-    clock.gameMs = 10000;
-    clock.movetimeMs = 20;
-    clock.maxPlies = 4;
-    clock.commandPauseMs = 0;
     const std::string protocol = std::string(c.options).substr(0, std::string(c.options).find(' '));
-    const PlayedGame played =
-        playFrom(Opening{fen, {}}, {"A", "", "Simple5", "embedded"},
-                 {"fake", FAKE_ENGINE, std::string(c.options) + " log=" + log, protocol}, clock, folder);
-    EXPECT_EQ(played.result + " " + played.reason, "1/2-1/2 adjudication") << c.options;
+    const PlayedGame played = playFrom(
+        fen, {"fake", FAKE_ENGINE, std::string(c.options) + " log=" + log, protocol},
+        GameClock{.gameMs = 10000, .movetimeMs = 20, .maxPlies = 4, .commandPauseMs = 0, .adjudication = {}}, folder);
+    EXPECT_EQ(played.result, "1/2-1/2 adjudication") << c.options;
     std::istringstream lines(readText(log));
     Lines received;
     for (std::string line; received.size() < c.expected.size() && std::getline(lines, line);) received.push_back(line);
@@ -189,15 +153,11 @@ TEST(EpdOpenings, EnginesAreSetUpAsTheirProtocolAsks) {
 TEST(EpdOpenings, RealEngineStartsFromThePosition) {
   ASSERT_EQ(::access(FAIRYMAX, X_OK), 0) << "fairymax is needed: apt-get install fairymax";
   initTables();
-  const TempFolder folder("epd-fairymax");
-  GameClock clock;
-  clock.gameMs = 10000;
-  clock.incrementMs = 100;
-  clock.maxPlies = 6;
+  const TempFolder folder;
   const PlayedGame played =
-      playFrom(Opening{"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1", {}},
-               {"A", "", "Simple5", "embedded"}, {"fairymax", FAIRYMAX, "", "xboard"}, clock, folder);
-  EXPECT_EQ(played.result + " " + played.reason, "1/2-1/2 adjudication") << played.pgn;
+      playFrom("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1", {"fairymax", FAIRYMAX, "", "xboard"},
+               GameClock{.gameMs = 10000, .incrementMs = 100, .maxPlies = 6, .adjudication = {}}, folder);
+  EXPECT_EQ(played.result, "1/2-1/2 adjudication") << played.pgn;
   EXPECT_NE(played.pgn.find("\r\n\r\n1... "), std::string::npos) << played.pgn;
 }
 

@@ -10,44 +10,36 @@
 namespace kbuChess {
 namespace {
 
-// One row per event: its code, the result and reason texts and the points.
-// Undecided wins over everything, a draw over a decision, a decision over an abort.
+// One row per rule: a code's result text, reason text and half-points ("-"
+// when the game counts for no one). Undecided wins over everything, a draw
+// over a decision, a decision over an abort; the first reason in the order
+// of precedence names the game. The board's ends, forfeits and crashes are
+// named in the games that end so (PGN and whole-run tests).
 TEST(GameRecordTest, EachCodeGivesItsTextsAndPoints) {
-  struct Case {
-    std::uint32_t code;
-    const char *result, *reason;
-    int white, black;
-    bool decided;
+  const std::pair<std::uint32_t, const char*> cases[] = {
+      {0x0001, "? ? -"},
+      {0x0016, "1-0 mate 2:0"},
+      {0x001A, "0-1 mate 0:2"},
+      {0x0046, "1-0 resign 2:0"},
+      {0x0082, "1-0 adjudication 2:0"},
+      {0x10280, "1/2-1/2 adjudication: draw 1:1"},
+      {0x2008A, "0-1 adjudication: resign 0:2"},
+      {0x40006, "1-0 engine not ready 2:0"},
+      {0x010A, "0-1 illegal move 0:2"},
+      {0x8000, "* game aborted -"},
+      {0x0000, "  -"},
+      {0x0217, "? ? -"},
+      {0x8202, "1/2-1/2 game aborted -"},
+      {0x800A, "0-1 game aborted -"},
+      {0x4130, " mate -"},
+      {0x0004, "  -"},
   };
-  const Case cases[] = {
-      {0x0001, "?", "?", 0, 0, false},
-      {0x0016, "1-0", "mate", 2, 0, true},
-      {0x001A, "0-1", "mate", 0, 2, true},
-      {0x002A, "0-1", "forfeit", 0, 2, true},
-      {0x0046, "1-0", "resign", 2, 0, true},
-      {0x0082, "1-0", "adjudication", 2, 0, true},
-      {0x10280, "1/2-1/2", "adjudication: draw", 1, 1, true},
-      {0x2008A, "0-1", "adjudication: resign", 0, 2, true},
-      {0x40006, "1-0", "engine not ready", 2, 0, true},
-      {0x010A, "0-1", "illegal move", 0, 2, true},
-      {0x0600, "1/2-1/2", "50 moves", 1, 1, true},
-      {0x0A00, "1/2-1/2", "triple repetition", 1, 1, true},
-      {0x1200, "1/2-1/2", "stalemate", 1, 1, true},
-      {0x2200, "1/2-1/2", "insufficient material", 1, 1, true},
-      {0x4006, "1-0", "engine crashed", 2, 0, true},
-      {0x8000, "*", "game aborted", 0, 0, false},
-      {0x0000, "", "", 0, 0, false},
-      {0x0217, "?", "?", 0, 0, false},
-      {0x8202, "1/2-1/2", "game aborted", 0, 0, false},
-      {0x800A, "0-1", "game aborted", 0, 0, false},
-      {0x4130, "", "mate", 0, 0, false},
-      {0x0004, "", "", 0, 0, false},
-  };
-  for (const Case& c : cases) {
-    const GamePoints points = gamePoints(c.code);
-    EXPECT_EQ(std::make_tuple(resultText(c.code), reasonText(c.code), points.white, points.black, points.decided),
-              std::make_tuple(std::string(c.result), std::string(c.reason), c.white, c.black, c.decided))
-        << std::hex << c.code;
+  for (const auto& [code, expected] : cases) {
+    const GamePoints p = gamePoints(code);
+    EXPECT_EQ(resultText(code) + " " + reasonText(code) + " " +
+                  (p.decided ? std::to_string(p.white) + ":" + std::to_string(p.black) : "-"),
+              expected)
+        << std::hex << code;
   }
 }
 
@@ -60,11 +52,14 @@ TEST(GameRecordTest, CodesForClaimsLossesAndBoardEnds) {
             std::vector<std::uint32_t>({0x002A, 0x4006, 0x0102, 0x0046, 0x004A}));
   // A resignation is scored for the side that resigned; wins claimed on one's
   // own move are ignored, and so are words that only contain a result.
-  const std::tuple<const char*, Colour, std::uint32_t> claimed[] = {
-      {"1/2-1/2 {draw by repetition}", WHITE, 0x0200}, {"{agreed} 1/2-1/2", BLACK, 0x0200},
-      {"0-1 {White resigns}", WHITE, 0x004A},           {"1-0 {Black resigns}", BLACK, 0x0042},
-      {"1-0 {White mates}", WHITE, 0},                  {"0-1 {Black mates}", BLACK, 0},
-      {"1/2-1/2x", WHITE, 0},                           {"", BLACK, 0}};
+  const std::tuple<const char*, Colour, std::uint32_t> claimed[] = {{"1/2-1/2 {draw by repetition}", WHITE, 0x0200},
+                                                                    {"{agreed} 1/2-1/2", BLACK, 0x0200},
+                                                                    {"0-1 {White resigns}", WHITE, 0x004A},
+                                                                    {"1-0 {Black resigns}", BLACK, 0x0042},
+                                                                    {"1-0 {White mates}", WHITE, 0},
+                                                                    {"0-1 {Black mates}", BLACK, 0},
+                                                                    {"1/2-1/2x", WHITE, 0},
+                                                                    {"", BLACK, 0}};
   for (const auto& [text, side, code] : claimed) EXPECT_EQ(claimedResultCode(text, side), code) << text;
   EXPECT_EQ(std::vector<std::uint32_t>({gameEndCode(GameEnd::Mate, WHITE), gameEndCode(GameEnd::Mate, BLACK),
                                         gameEndCode(GameEnd::Stalemate, BLACK), gameEndCode(GameEnd::FiftyMoves, WHITE),
@@ -77,46 +72,37 @@ using Tags = std::vector<clsGame::Tag>;
 
 TEST(GameRecordTest, TagsKeepInsertionOrderAndResultTagsReplaceInPlace) {
   clsGame game;
-  EXPECT_EQ(game.result(), 0x0001u);
   EXPECT_TRUE(game.undecided());
   game.setTag("Event", "blitz");
   game.setTag("Result", "*");
   game.setTag("White", "A");
   game.setTag("Event", "rapid");
   EXPECT_EQ(game.tags(), (Tags{{"Event", "rapid"}, {"Result", "*"}, {"White", "A"}}));
-  EXPECT_EQ(game.tag("White"), "A");
-  EXPECT_EQ(game.tag("Black"), "");
+  EXPECT_EQ(game.tag("White") + game.tag("Black"), "A");
   EXPECT_FALSE(game.hasTag("Black"));
 
   // A forfeit: the game's tag first, then the result in place and the reason last.
   game.setTag("Forfeit_ms", "1001>1000");
   game.setResult(0x002A);
-  EXPECT_EQ(game.result(), 0x002Au);
   EXPECT_FALSE(game.undecided());
   EXPECT_EQ(
       game.tags(),
       (Tags{
           {"Event", "rapid"}, {"Result", "0-1"}, {"White", "A"}, {"Forfeit_ms", "1001>1000"}, {"Reason", "forfeit"}}));
   game.setResult(0x8000);
-  EXPECT_EQ(game.tag("Result"), "*");
-  EXPECT_EQ(game.tag("Reason"), "game aborted");
-  EXPECT_EQ(game.tags().size(), 5u);
+  EXPECT_EQ(game.tag("Result") + game.tag("Reason") + std::to_string(game.tags().size()), "*game aborted5");
 }
 
 TEST(GameRecordTest, MoveTextNumbersWhiteMovesAndResetKeepsTheTags) {
   clsGame game;
-  EXPECT_EQ(game.startFen(), "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
   game.setTag("Round", "2");
-  for (const char* move : {"e4", "e5", "Nf3", "Nc6", "Bb5"}) game.addMove(move);
-  EXPECT_EQ(game.moveText(), "1. e4 e5 2. Nf3 Nc6 3. Bb5 ");
-  EXPECT_EQ(game.plies(), 5);
+  for (const char* move : {"e4", "e5", "Nf3"}) game.addMove(move);
+  EXPECT_EQ(game.moveText() + std::to_string(game.plies()), "1. e4 e5 2. Nf3 3");
   game.addPosition(7);
   game.setResult(0x0A00);
 
   game.reset();
-  EXPECT_EQ(game.moveText(), "");
-  EXPECT_EQ(game.plies(), 0);
-  EXPECT_TRUE(game.positions().empty());
+  EXPECT_EQ(game.moveText() + std::to_string(game.plies() + game.positions().size()), "0");
   EXPECT_EQ(game.result(), 0x0001u);
   EXPECT_EQ(game.tags(), (Tags{{"Round", "2"}, {"Result", "1/2-1/2"}, {"Reason", "triple repetition"}}));
   game.addMove("d4");
@@ -141,11 +127,6 @@ TEST(GameRecordTest, RepetitionSkipsTheFirstEntry) {
   const bool expected[] = {false, false, false, false, true, true};
   for (bool repeat : expected) EXPECT_EQ(same.addPosition(42), repeat);
   EXPECT_EQ(same.positions().size(), 6u);
-
-  clsGame afterStart;
-  afterStart.addPosition(5);
-  for (int i = 0; i < 3; ++i) EXPECT_FALSE(afterStart.addPosition(9));
-  EXPECT_TRUE(afterStart.addPosition(9));
 }
 
 }  // namespace

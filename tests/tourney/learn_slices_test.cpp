@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <regex>
 #include <set>
 #include <string>
@@ -21,20 +20,7 @@ namespace {
 using tourney_test::Lines;
 using tourney_test::readText;
 
-// The soul with the larger first value wins, equal ones draw; every game is recorded.
-class clsDeterministicGames : public clsLearningGames {
- public:
-  GameOutcome play(const Soul& white, const Soul& black, const std::vector<std::string>& opening, int, int) override {
-    std::lock_guard<std::mutex> guard(lock_);
-    std::string line;
-    for (const std::string& move : opening) line += " " + move;
-    games.insert(white.name + "-" + black.name + line);
-    const int a = white.values[0], b = black.values[0];
-    return GameOutcome{a > b ? 2 : a < b ? 0 : 1, true};
-  }
-  std::mutex lock_;
-  std::set<std::string> games;
-};
+using clsDeterministicGames = tourney_test::clsFakeLearningGames;
 
 std::set<std::string> gameTexts(const std::vector<GameResultRow>& rows) {
   std::set<std::string> texts;
@@ -47,10 +33,6 @@ std::set<std::string> gameTexts(const std::vector<GameResultRow>& rows) {
 class LearnSlicesTest : public testing::Test {
  protected:
   static void SetUpTestSuite() { initTables(); }
-  void SetUp() override {
-    out.setEcho(false);
-    out.setKeep(true);
-  }
   Lines breed(const PlaySettings& play = {4, 7, 9, 4}) {
     breedLearnSlices(file, play, 42, out);
     return out.takeAll();
@@ -63,9 +45,9 @@ class LearnSlicesTest : public testing::Test {
   }
   std::string slicePath(int index, int count) { return sliceResultsPath(file, 1, index, count); }
 
-  kobubase::clsOutBuffer out;
+  tourney_test::KeptOutput out;
   clsDeterministicGames runner;
-  tourney_test::TempFolder folder{"learn-slices"};
+  tourney_test::TempFolder folder;
   std::string file = folder.file("s.souls");
 };
 
@@ -97,7 +79,7 @@ TEST_F(LearnSlicesTest, OneSliceOrThreeGiveTheSameGamesAndTheSameNextGenerationA
     sliced.insert(sliced.end(), slice.rows.begin(), slice.rows.end());
   }
   EXPECT_EQ(wholeGames.games.size(), 56u);
-  EXPECT_EQ(sliceGames.games, wholeGames.games);
+  EXPECT_EQ(sliceGames.texts(), wholeGames.texts());
   EXPECT_EQ(gameTexts(sliced), gameTexts(whole.rows));
   EXPECT_EQ(bredText(generation, sliced, true), bredText(generation, whole.rows, true));
 
@@ -147,9 +129,8 @@ TEST_F(LearnSlicesTest, BreedingRefusesMissingAndCutSlicesAndCountsAGameOnce) {
   EXPECT_EQ(bred[2], "# learn: " + file + " holds generation 2 to play, 4 souls, 12 games");
   const SoulFile soulFile = parseSoulFile(readText(file), file);
   EXPECT_TRUE(soulFile.problems.empty());
-  EXPECT_EQ(soulFile.lastNumber(), 1);
   ASSERT_NE(soulFile.toPlay(), nullptr);
-  EXPECT_EQ(soulFile.toPlay()->number, 2);
+  EXPECT_EQ(std::make_pair(soulFile.lastNumber(), soulFile.toPlay()->number), std::make_pair(1, 2));
 
   const std::string twice = readText(file);
   EXPECT_EQ(breed(), (Lines{"# learn: generation 1 was already bred; " + file + " holds generation 2 to play"}));
@@ -167,7 +148,6 @@ TEST_F(LearnSlicesTest, ASliceOfAGenerationNotToPlayIsRefused) {
       {"0", "", "# learn: -generation=0 is not a generation number; it holds generation 1 to play"},
       {"2", "", "# learn: " + file + " holds no generation 2 to play; it holds generation 1 to play"},
       {"1", "3/3", "# learn: shard 3/3 needs N from 1 to 1000000 and K from 0 to N-1"},
-      {"1", "0/0", "# learn: shard 0/0 needs N from 1 to 1000000 and K from 0 to N-1"},
   };
   for (const auto& c : cases) EXPECT_EQ(playSlice(c.generation, c.shard), Lines{c.line}) << c.generation;
   playSlice("1", "");

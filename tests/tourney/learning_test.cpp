@@ -4,11 +4,11 @@
 
 #include <fstream>
 #include <map>
-#include <mutex>
+#include <numeric>
 #include <regex>
 #include <set>
-#include <stdexcept>
 #include <string>
+#include <tuple>
 
 #include "chess/board/tables.h"
 #include "chess/book/book_key.h"
@@ -17,35 +17,7 @@
 namespace kbuChess {
 namespace {
 
-// The stronger soul is the one with the larger first value; equal ones draw.
-// Records every game so that the pairings can be checked.
-class clsFakeGames : public clsLearningGames {
- public:
-  struct Game {
-    std::string white, black;
-    std::vector<std::string> opening;
-  };
-
-  GameOutcome play(const Soul& white, const Soul& black, const std::vector<std::string>& opening, int msPerMove,
-                   int maxMoves) override {
-    std::lock_guard<std::mutex> guard(lock_);
-    lastMs = msPerMove;
-    lastMaxMoves = maxMoves;
-    games.push_back({white.name, black.name, opening});
-    if (++calls == throwAt) throw std::runtime_error("runner broke");
-    if (calls == stopAt) {
-      learning->requestStop();
-      return GameOutcome{1, false};
-    }
-    const int a = white.values[0], b = black.values[0];
-    return GameOutcome{a > b ? 2 : a < b ? 0 : 1, true};
-  }
-
-  std::mutex lock_;
-  std::vector<Game> games;
-  int calls = 0, throwAt = -1, stopAt = -1, lastMs = 0, lastMaxMoves = 0;
-  clsLearning* learning = nullptr;
-};
+using clsFakeGames = tourney_test::clsFakeLearningGames;
 
 // Every opening is the same short line, so the fake needs no board.
 class clsCountingOpenings : public clsOpenings {
@@ -59,8 +31,6 @@ class LearningTest : public testing::Test {
  protected:
   static void SetUpTestSuite() { initTables(); }
   void SetUp() override {
-    out.setEcho(false);
-    out.setKeep(true);
     settings.file = path("a");
     settings.seed = 42;
     settings.enginesCount = 4;
@@ -74,10 +44,10 @@ class LearningTest : public testing::Test {
     return learning.run();
   }
 
-  kobubase::clsOutBuffer out;
+  tourney_test::KeptOutput out;
   clsCountingOpenings openings;
   LearningSettings settings;
-  tourney_test::TempFolder folder{"learning"};
+  tourney_test::TempFolder folder;
 };
 
 TEST_F(LearningTest, FirstGenerationFromPresetsRanksByScore) {
@@ -93,13 +63,10 @@ TEST_F(LearningTest, FirstGenerationFromPresetsRanksByScore) {
       lines[1], std::regex(R"(# generation 1: best TalvenaOld 6/6, spread 1\.\.6, 12 games in \d+\.\d\d\d s)")))
       << lines[1];
   EXPECT_EQ(lines[2], "# learning done, best soul " + std::string(SOUL_PRESETS[0]));
-  EXPECT_EQ(games.lastMs, 7);
-  EXPECT_EQ(games.lastMaxMoves, 9);
-
+  EXPECT_EQ(std::make_pair(games.lastMs, games.lastMaxMoves), std::make_pair(7, 9));
   // Each pair meets twice with the colours swapped, from one opening per pair.
-  ASSERT_EQ(games.games.size(), 12u);
   std::map<std::pair<std::string, std::string>, std::vector<std::string>> met;
-  for (const clsFakeGames::Game& g : games.games) met[{g.white, g.black}] = g.opening;
+  for (const auto& g : games.games) met[{g.white, g.black}] = g.opening;
   EXPECT_EQ(met.size(), 12u);
   std::set<std::vector<std::string>> distinct;
   for (const auto& [pair, opening] : met) {
@@ -116,46 +83,37 @@ TEST_F(LearningTest, TheBetterHalfSurvivesAndBreedsFillTheRest) {
   EXPECT_EQ(learn(games, settings), 2);
   const SoulFile file = parseSoulFile(readText(settings.file), "f");
   ASSERT_EQ(file.generations.size(), 2u);
-  const SoulGeneration& first = file.generations[0];
-  const SoulGeneration& second = file.generations[1];
-  EXPECT_EQ(second.games, 30);
+  const SoulGeneration &first = file.generations[0], &second = file.generations[1];
   // Presets first values 70 7 7 8 38 33: the top three are TalvenaOld, Mass161, Manticore617.
   EXPECT_EQ(first.scores, (std::vector<int>{20, 16, 12, 8, 2, 2}));
+  EXPECT_EQ(second.games, 30);
+  EXPECT_EQ(std::accumulate(second.scores.begin(), second.scores.end(), 0), 60);
   std::set<std::string> names;
-  for (const Soul& soul : second.souls) names.insert(soul.name);
-  EXPECT_EQ(names, (std::set<std::string>{"TalvenaOld", "Mass161", "Manticore617", "G2-1", "G2-2", "G2-3"}));
-  // A breed takes every value from one of the survivors, or a fresh one below 105.
+  std::set<SoulValues> distinct;
   for (const Soul& soul : second.souls) {
-    if (soul.name[0] != 'G') continue;
-    for (int i = 0; i < SOUL_SIZE; ++i) {
+    names.insert(soul.name);
+    distinct.insert(soul.values);
+    // A breed takes every value from one of the survivors, or a fresh one below 105.
+    for (int i = 0; i < SOUL_SIZE && soul.name[0] == 'G'; ++i) {
       bool inherited = soul.values[i] < 105;
       for (int s = 0; s < 3; ++s) inherited |= soul.values[i] == first.souls[s].values[i];
       EXPECT_TRUE(inherited) << soul.name << " position " << i + 1;
     }
-    for (const Soul& other : second.souls) {
-      if (&other != &soul) {
-        EXPECT_NE(other.values, soul.values) << soul.name << " copies " << other.name;
-      }
-    }
   }
-  int total = 0;
-  for (const int score : second.scores) total += score;
-  EXPECT_EQ(total, 60);
+  EXPECT_EQ(names, (std::set<std::string>{"TalvenaOld", "Mass161", "Manticore617", "G2-1", "G2-2", "G2-3"}));
+  EXPECT_EQ(distinct.size(), 6u);
 }
 
 TEST_F(LearningTest, SameSeedSameFileWhateverTheThreads) {
   settings.generations = 4;
   settings.enginesCount = 8;
-  LearningSettings other = settings;
+  LearningSettings other = settings, reseeded = settings;
   other.file = path("b");
   other.threads = 4;
-  LearningSettings reseeded = settings;
   reseeded.file = path("c");
   reseeded.seed = 43;
   clsFakeGames g1, g2, g3;
-  EXPECT_EQ(learn(g1, settings), 4);
-  EXPECT_EQ(learn(g2, other), 4);
-  EXPECT_EQ(learn(g3, reseeded), 4);
+  EXPECT_EQ(learn(g1, settings) + learn(g2, other) + learn(g3, reseeded), 12);
   const std::string bytes = readText(settings.file);
   EXPECT_EQ(parseSoulFile(bytes, "f").lastNumber(), 4);
   EXPECT_EQ(bytes, readText(other.file));
@@ -175,28 +133,23 @@ TEST_F(LearningTest, InterruptedRunKeepsTheLastGenerationAndResumes) {
   broken.throwAt = 15;  // the third game of generation 2
   EXPECT_EQ(learn(broken, settings), 1);
   EXPECT_EQ(readText(settings.file), readText(reference.file));
-  std::vector<std::string> lines = out.takeAll();
-  ASSERT_FALSE(lines.empty());
-  EXPECT_EQ(lines.back(), "# learning stopped in generation 2: runner broke; the soul file keeps generation 1");
+  EXPECT_EQ(out.takeAll().back(), "# learning stopped in generation 2: runner broke; the soul file keeps generation 1");
 
   clsFakeGames stopping;
   stopping.stopAt = 3;
   EXPECT_EQ(learn(stopping, settings), 0);
   EXPECT_EQ(readText(settings.file), readText(reference.file));
-  lines = out.takeAll();
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0], "# soul file " + settings.file + " holds generation 1, continuing");
-  EXPECT_EQ(lines[1], "# learning stopped in generation 2; the soul file keeps generation 1");
+  EXPECT_EQ(out.takeAll(),
+            (std::vector<std::string>{"# soul file " + settings.file + " holds generation 1, continuing",
+                                      "# learning stopped in generation 2; the soul file keeps generation 1"}));
 
   clsFakeGames good;
   settings.generations = 1;
   EXPECT_EQ(learn(good, settings), 1);
-  const SoulFile file = parseSoulFile(readText(settings.file), "f");
+  SoulFile file = parseSoulFile(readText(settings.file), "f");
   EXPECT_EQ(file.lastNumber(), 2);
-  EXPECT_EQ(file.generations.size(), 2u);
-  SoulFile first;
-  first.generations = {file.generations[0]};
-  EXPECT_EQ(soulFileText(first), readText(reference.file));
+  file.generations.resize(1);
+  EXPECT_EQ(soulFileText(file), readText(reference.file));
 }
 
 // A hand-written list longer than the souls asked for: the souls it did not
@@ -213,17 +166,13 @@ TEST_F(LearningTest, HandWrittenListKeepsEveryLineItDidNotUse) {
   settings.enginesCount = 2;
   clsFakeGames games;
   EXPECT_EQ(learn(games, settings), 1);
-  const std::vector<std::string> lines = out.takeAll();
-  ASSERT_FALSE(lines.empty());
-  EXPECT_EQ(lines[0], "# soul file " + settings.file + " line 3: a soul needs 21 values, found 3");
+  EXPECT_EQ(out.takeAll().front(), "# soul file " + settings.file + " line 3: a soul needs 21 values, found 3");
   const std::string text = readText(settings.file);
   EXPECT_EQ(text.substr(0, hand.size()), hand);
   const SoulFile file = parseSoulFile(text, "f");
   ASSERT_EQ(file.generations.size(), 2u);
-  EXPECT_EQ(file.last().number, 1);
-  EXPECT_EQ(file.last().souls.size(), 2u);
-  EXPECT_EQ(file.last().souls[0].name, "Z");
-  EXPECT_EQ(file.last().souls[1].name, "X");
+  ASSERT_EQ(file.last().souls.size(), 2u);
+  EXPECT_EQ(std::to_string(file.last().number) + file.last().souls[0].name + file.last().souls[1].name, "1ZX");
 }
 
 // "\learnt" plays as many souls as the file's last generation, but no more than 64.
@@ -239,7 +188,7 @@ TEST_F(LearningTest, AsManySoulsAsTheFileHoldsStopsAtTheLimit) {
 }
 
 TEST_F(LearningTest, AnUnreadableFileIsLeftAlone) {
-  settings.file = folder.path();
+  settings.file = folder.dir();
   clsFakeGames games;
   EXPECT_EQ(learn(games, settings), 0);
   EXPECT_TRUE(games.games.empty());
@@ -264,17 +213,13 @@ TEST(LearnArguments, UsageWhenANumberIsNotAboveZeroAndClampedOtherwise) {
     EXPECT_FALSE(readLearnArguments(bad, settings)) << bad;
   }
   EXPECT_EQ(settings.file, DEFAULT_SOUL_FILE);
-  ASSERT_TRUE(readLearnArguments("g.souls 999999999 1000 99999999999 5000", settings));
-  EXPECT_EQ(settings.file, "g.souls");
-  EXPECT_EQ(settings.generations, 100000);
-  EXPECT_EQ(settings.enginesCount, 64);
-  EXPECT_EQ(settings.msPerMove, 600000);
-  EXPECT_EQ(settings.maxMoves, 1000);
-  ASSERT_TRUE(readLearnArguments("h 3 1 10 20", settings));
-  EXPECT_EQ(settings.generations, 3);
-  EXPECT_EQ(settings.enginesCount, 2);
-  EXPECT_EQ(settings.msPerMove, 10);
-  EXPECT_EQ(settings.maxMoves, 20);
+  const auto read = [&settings](const char* text) {
+    EXPECT_TRUE(readLearnArguments(text, settings)) << text;
+    return std::make_tuple(settings.file, settings.generations, settings.enginesCount, settings.msPerMove,
+                           settings.maxMoves);
+  };
+  EXPECT_EQ(read("g.souls 999999999 1000 99999999999 5000"), std::make_tuple("g.souls", 100000, 64, 600000, 1000));
+  EXPECT_EQ(read("h 3 1 10 20"), std::make_tuple("h", 3, 2, 10, 20));
 }
 
 TEST(Openings, RandomLinesAreLegalAndRepeatFromTheSeed) {
@@ -304,19 +249,15 @@ TEST(Openings, BookMovesWhileTheBookKnowsThePosition) {
   for (int i = 0; i < 3; ++i) {
     const std::vector<std::string> line = openings.line(random).moves;
     ASSERT_EQ(line.size(), 5u);
-    EXPECT_EQ(line[0], "d2d4");
-    EXPECT_EQ(line[1], "g8f6");
+    EXPECT_EQ(line[0] + line[1], "d2d4g8f6");
   }
 }
 
-TEST(Random, OwnGeneratorDrawsLikeTheSharedSource) {
-  kobubase::seedRandom(11, 12);
-  kobubase::clsRandom own(11, 12);
-  for (int i = 0; i < 5; ++i) EXPECT_EQ(own.abs32(), kobubase::randomAbs32());
-  // A zero seed would draw only zeros; it takes the fixed start words instead.
-  kobubase::clsRandom zero(0, 0), fixed;
-  EXPECT_NE(zero.next64(), 0u);
-  EXPECT_EQ(kobubase::clsRandom(0, 0).next64(), fixed.next64());
+// A zero seed would draw only zeros; it takes the fixed start words instead.
+TEST(Random, AZeroSeedDrawsFromTheFixedStartWords) {
+  const std::uint64_t first = kobubase::clsRandom(0, 0).next64();
+  EXPECT_NE(first, 0u);
+  EXPECT_EQ(first, kobubase::clsRandom().next64());
 }
 
 }  // namespace

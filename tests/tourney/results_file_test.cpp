@@ -18,14 +18,13 @@ class ResultsFileTest : public testing::Test {
  protected:
   void write(const std::string& text) { std::ofstream(path_, std::ios::binary) << text; }
 
-  tourney_test::TempFolder folder_{"results"};
+  tourney_test::TempFolder folder_;
   std::string path_ = folder_.file("run.tsv");
 };
 
 TEST_F(ResultsFileTest, LinesAreWrittenWithTheHeaderOnceAndReadBack) {
   const GameResultRow first{1, 1, "Simple5", "fairymax", "1-0", "White mates", 87, 61234, "e2e4 e7e5"};
   const GameResultRow second{1, 2, "fair\tymax", "Simple5", "1/2-1/2", "draw by\nrepetition", 40, 0, ""};
-  EXPECT_EQ(resultsLine(first), "1\t1\tSimple5\tfairymax\t1-0\tWhite mates\t87\t61234\te2e4 e7e5");
   ASSERT_TRUE(appendResultsLine(path_, first));
   ASSERT_TRUE(appendResultsLine(path_, second));
   EXPECT_EQ(tourney_test::readText(path_),
@@ -37,9 +36,8 @@ TEST_F(ResultsFileTest, LinesAreWrittenWithTheHeaderOnceAndReadBack) {
   ASSERT_TRUE(readResultsFile(path_, rows, problems));
   EXPECT_EQ(problems, Lines{});
   ASSERT_EQ(rows.size(), 2u);
-  EXPECT_EQ(resultsLine(rows[0]), resultsLine(first));
-  EXPECT_EQ(rows[1].white, "fair ymax");
-  EXPECT_EQ(rows[1].reason, "draw by repetition");
+  EXPECT_EQ(resultsLine(rows[0]), "1\t1\tSimple5\tfairymax\t1-0\tWhite mates\t87\t61234\te2e4 e7e5");
+  EXPECT_EQ(resultsLine(rows[1]), "1\t2\tfair ymax\tSimple5\t1/2-1/2\tdraw by repetition\t40\t0\t");
   EXPECT_FALSE(appendResultsLine(folder_.file("no/such/folder/run.tsv"), first));
   // Files of earlier versions have no opening field.
   write("round\tgame\twhite\tblack\tresult\treason\tplies\tms\n1\t1\tA\tB\t0-1\tmate\t50\t900\n");
@@ -79,10 +77,9 @@ TEST_F(ResultsFileTest, OtherFilesAreRefused) {
   write("[Event \"not a results file\"]\n");
   EXPECT_FALSE(readResultsFile(path_, rows, problems));
   EXPECT_EQ(problems, Lines{"line 1: not a results file (the header line is missing)"});
-  problems.clear();
   write("");
   EXPECT_FALSE(readResultsFile(path_, rows, problems));
-  EXPECT_EQ(rows.size(), 0u);
+  EXPECT_TRUE(rows.empty());
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <string>
+#include <tuple>
 
 #include "tests/tourney/tourney_test_util.h"
 
@@ -20,32 +21,27 @@ TEST(SoulFile, TextAndDiskRoundTripByteForByte) {
   const SoulFile file = parseSoulFile(text, "mem");
   EXPECT_TRUE(file.problems.empty());
   ASSERT_EQ(file.generations.size(), 2u);
-  EXPECT_EQ(file.lastNumber(), 2);
-  EXPECT_EQ(file.generations[0].games, 6);
-  EXPECT_EQ(file.generations[0].scores, (std::vector<int>{6, 4, 2}));
-  EXPECT_EQ(file.generations[0].souls[1].name, "B");
-  EXPECT_EQ(file.generations[0].souls[1].values[0], -1);
-  EXPECT_EQ(file.generations[0].souls[1].values[20], 2147483647);
-  EXPECT_EQ(file.last().souls[0].name, "G2-1");
+  const SoulGeneration& first = file.generations[0];
+  EXPECT_EQ(std::make_tuple(file.lastNumber(), first.games, first.scores, first.souls[1].name, first.souls[1].values[0],
+                            first.souls[1].values[20], file.last().souls[0].name),
+            std::make_tuple(2, 6, std::vector<int>{6, 4, 2}, "B", -1, 2147483647, "G2-1"));
   EXPECT_EQ(soulFileText(file), text);
 
-  const tourney_test::TempFolder folder("souls");
+  const tourney_test::TempFolder folder;
   const std::string path = folder.file("roundtrip.souls");
   std::string error;
   ASSERT_TRUE(writeSoulFile(path, file, error)) << error;
   EXPECT_EQ(tourney_test::readText(path), text);
   EXPECT_FALSE(std::ifstream(path + ".tmp").good()) << "the temporary file must be renamed away";
   SoulFile again;
-  ASSERT_TRUE(readSoulFile(path, again));
+  EXPECT_TRUE(readSoulFile(path, again));
   EXPECT_EQ(soulFileText(again), text);
 }
 
 TEST(SoulFile, UnplayedSoulsAndCarriageReturnsAndFreeComments) {
   const SoulFile file = parseSoulFile("# my souls\r\n" + A + "\r\n\r\n" + B + "\n", "hand");
-  EXPECT_TRUE(file.problems.empty());
-  ASSERT_EQ(file.generations.size(), 1u);
-  EXPECT_EQ(file.lastNumber(), 0);
-  EXPECT_TRUE(file.last().scores.empty());
+  EXPECT_TRUE(file.problems.empty() && file.last().scores.empty());
+  EXPECT_EQ(std::make_pair(file.generations.size(), file.lastNumber()), std::make_pair(std::size_t{1}, 0));
   EXPECT_EQ(soulFileText(file), A + "\n" + B + "\n");
 }
 
@@ -78,9 +74,9 @@ TEST(SoulFile, BadLinesAreNamedAndTheGoodSoulsKept) {
   EXPECT_EQ(file.generations[0].scores, (std::vector<int>{5, 2}));
   EXPECT_EQ(file.generations[0].souls[1].name, "G2-1");
   EXPECT_EQ(file.generations[1].scores, (std::vector<int>{3, 0}));
-  EXPECT_EQ(file.generations[2].number, 0);
+  // After the unreadable generation line, an unplayed list holds the one good soul left.
   ASSERT_EQ(file.generations[2].souls.size(), 1u);
-  EXPECT_EQ(file.generations[2].souls[0].name, "B");
+  EXPECT_EQ(std::to_string(file.generations[2].number) + file.generations[2].souls[0].name, "0B");
 }
 
 TEST(SoulFile, SystemErrorsAreReportedAsLines) {
@@ -97,8 +93,6 @@ TEST(SoulFile, SoulLinesAreStrict) {
   Soul soul;
   std::string why;
   EXPECT_TRUE(readSoul("N=+1 -2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21", SoulReading::STRICT, soul, why));
-  EXPECT_EQ(soul.values[0], 1);
-  EXPECT_EQ(soul.values[1], -2);
   EXPECT_EQ(soulText(soul), "N=1 -2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21");
   EXPECT_FALSE(
       readSoul("N=1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 2147483648", SoulReading::STRICT, soul, why));

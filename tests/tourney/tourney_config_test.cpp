@@ -8,9 +8,8 @@
 #include <sstream>
 #include <tuple>
 
-#include "base/output.h"
 #include "chess/tourney/tourney.h"
-#include "tests/common/test_files.h"
+#include "tests/tourney/tourney_test_util.h"
 
 namespace kbuChess {
 namespace {
@@ -41,26 +40,6 @@ std::string summary(const TourneyConfig& c) {
   return s.str();
 }
 
-TEST(TourneyConfigTest, ReadsEveryElementOfACompleteFile) {
-  const Read r = read(R"(<?xml version="1.0"?>
-    <tourney name="blitz-test" type="gauntlet">
-      <options><rounds>2</rounds><logfolder>logs</logfolder><threads>4</threads></options>
-      <clock moves_per_second="40" game_ms="60000" increment_ms="500"/>
-      <engines>
-        <engine active="true" name="Self" protocol="embedded"/>
-        <engine active="true" name="Other" filename="/opt/other/engine" parameters="-x 1" protocol="uci"/>
-        <engine active="false" name="Off" filename="/bin/off"/>
-        <engine active="true" name="Third" filename="/usr/games/fairymax" protocol="xboard"/>
-      </engines>
-      <pgn><header><Site>Home</Site><Annotator>me</Annotator></header></pgn>
-    </tourney>)");
-  EXPECT_EQ(r.messages, Lines{});
-  EXPECT_EQ(summary(r.config),
-            "'blitz-test' type 1 rounds 2 threads 4 log 'logs/blitz-test.log' clock 40/60000+500 openings '' 0"
-            " | Self embedded '' '' | Other uci '/opt/other/engine' '-x 1' | Third xboard '/usr/games/fairymax' ''"
-            " [Site Home] [Annotator me]");
-}
-
 TEST(TourneyConfigTest, DefaultsAndExactComparisons) {
   const struct {
     const char *xml, *summary;
@@ -88,6 +67,10 @@ TEST(TourneyConfigTest, DefaultsAndExactComparisons) {
        "'' type 0 rounds 1 threads 1 log '' clock 0/60000+0 openings '' 0"},
       {R"(<tourney type="Gauntlet"/>)", "'' type 0 rounds 1 threads 1 log '' clock 0/60000+0 openings '' 0"},
       {R"(<tourney type="learning"/>)", "'' type 2 rounds 1 threads 1 log '' clock 0/60000+0 openings '' 0"},
+      // An external engine's program and parameters; moves per period with the clock.
+      {R"(<tourney><clock moves_per_second="40"/><engines>
+          <engine active="true" name="Other" filename="/opt/other" parameters="-x 1" protocol="uci"/></engines></tourney>)",
+       "'' type 0 rounds 1 threads 1 log '' clock 40/300000+0 openings '' 0 | Other uci '/opt/other' '-x 1'"},
       {R"(<tourney><engines><engine active="TRUE" name="Caps" protocol="embedded"/>
           <engine name="NoFlag" protocol="embedded"/><engine active="true" name="On" protocol="embedded"/>
           <player active="true" name="NotAnEngine" protocol="embedded"/></engines></tourney>)",
@@ -112,10 +95,8 @@ TEST(TourneyConfigTest, NumbersOutOfBoundsAreHeldWithAWarning) {
                                "# tourney file: increment_ms 99999999 is out of range, 3600000 used",
                                "# tourney file: threads 1000 is out of range, 128 used"}));
   // Zero threads is kept as read; the run plays one game at a time.
-  const Read zero = read(R"(<tourney><options><threads>0</threads></options><clock game_ms="-5"/></tourney>)");
-  EXPECT_EQ(zero.config.threads, 0);
-  EXPECT_EQ(zero.config.gamesAtOnce(), 1);
-  EXPECT_EQ(zero.config.gameMs, 100);
+  const TourneyConfig zero = read("<tourney><options><threads>0</threads></options></tourney>").config;
+  EXPECT_EQ(std::make_pair(zero.threads, zero.gamesAtOnce()), std::make_pair(0, 1));
   EXPECT_EQ(read("<tourney><options><threads>3</threads></options></tourney>").config.gamesAtOnce(), 3);
 }
 
@@ -145,18 +126,16 @@ TEST(TourneyConfigTest, OpeningOrderSeedAndSprtAreReadAndBadOnesNamed) {
 // How games are run: the command pause, the length cap and adjudication,
 // each held within its bounds; no adjudication without its element.
 TEST(TourneyConfigTest, GameRulesFromTheOptions) {
-  const Read plain = read("<tourney/>");
-  EXPECT_EQ(plain.config.commandPauseMs, 100);
-  EXPECT_EQ(plain.config.maxPlies, 0);
-  EXPECT_FALSE(plain.config.adjudication.enabled);
+  const TourneyConfig plain = read("<tourney/>").config;
+  EXPECT_EQ(std::make_tuple(plain.commandPauseMs, plain.maxPlies, plain.adjudication.enabled),
+            std::make_tuple(100, 0, false));
   const Read r = read(R"(<tourney><options><command_pause_ms>5000</command_pause_ms><max_plies>80</max_plies>
       <adjudicate draw_moves="6" draw_score="-4" resign_moves="0" resign_score="600"/></options></tourney>)");
   const AdjudicationRules& a = r.config.adjudication;
-  EXPECT_EQ(r.config.commandPauseMs, 1000);
-  EXPECT_EQ(r.config.maxPlies, 80);
   EXPECT_TRUE(a.enabled);
-  EXPECT_EQ(std::vector<int>({a.drawMoves, a.drawScore, a.drawAfter, a.resignMoves, a.resignScore}),
-            std::vector<int>({6, 0, 40, 1, 600}));
+  EXPECT_EQ(std::vector<int>({r.config.commandPauseMs, r.config.maxPlies, a.drawMoves, a.drawScore, a.drawAfter,
+                              a.resignMoves, a.resignScore}),
+            std::vector<int>({1000, 80, 6, 0, 40, 1, 600}));
   EXPECT_EQ(r.messages, (Lines{"# tourney file: command_pause_ms 5000 is out of range, 1000 used",
                                "# tourney file: adjudicate draw_score -4 is out of range, 0 used",
                                "# tourney file: adjudicate resign_moves 0 is out of range, 1 used"}));
@@ -234,9 +213,7 @@ TEST(TourneyConfigTest, CommandFindsANameWithBlanksQuotedOrNot) {
   testFiles::writeText(folder.file("my events/bad.xml"), "not xml");
   for (const std::string& args :
        {"\"" + folder.file("my events/bad.xml") + "\" resume shard=0/2", folder.file("my events/bad.xml")}) {
-    kobubase::clsOutBuffer out;
-    out.setEcho(false);
-    out.setKeep(true);
+    tourney_test::KeptOutput out;
     commandTourney(args, out);
     EXPECT_EQ(out.takeAll(), (Lines{"# starting tourney...", "# wait please...",
                                     "# tourney file is not XML: No document element found at byte 7"}))

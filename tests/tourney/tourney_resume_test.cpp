@@ -21,15 +21,9 @@ using tourney_test::Lines;
 using tourney_test::TempFolder;
 
 std::string writeEvent(const TempFolder& folder, const std::string& clock) {
-  const std::string path = folder.file("event.xml");
-  std::ofstream(path) << "<tourney name=\"pairs\" type=\"gauntlet\"><options><rounds>3</rounds><logfolder>"
-                      << folder.path()
-                      << "</logfolder><threads>2</threads><opening_plies>4</opening_plies><seed>11</seed></options>"
-                      << clock
-                      << "<engines><engine active=\"true\" name=\"A\" protocol=\"embedded\" parameters=\"Simple5\"/>"
-                         "<engine active=\"true\" name=\"B\" protocol=\"embedded\" parameters=\"Mass161\"/>"
-                         "</engines></tourney>";
-  return path;
+  return tourney_test::writeGauntlet(
+      folder, "pairs", "<rounds>3</rounds><threads>2</threads><opening_plies>4</opening_plies><seed>11</seed>", clock,
+      {{"A", "embedded", "", "Simple5"}, {"B", "embedded", "", "Mass161"}});
 }
 
 const std::string CLOCK = "<clock moves_per_second=\"0\" game_ms=\"1000\" increment_ms=\"10\"/>";
@@ -49,7 +43,7 @@ Lines runTalvena(const Lines& args, int status = 0) {
 }
 
 TEST(TourneyResume, KilledRunResumedPlaysEachGameOnceWithTheSameOpenings) {
-  const TempFolder whole("whole"), killed("killed");
+  const TempFolder whole, killed;
   runTalvena({"-use=tourney", "-ini=" + writeEvent(whole, CLOCK)});
   std::map<std::string, int> counts;
   const auto expected = openingsOf(whole.file("pairs-1-results.tsv"), counts);
@@ -87,9 +81,9 @@ TEST(TourneyResume, KilledRunResumedPlaysEachGameOnceWithTheSameOpenings) {
   const std::string changed = writeEvent(killed, "<clock game_ms=\"2000\"/>");
   EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + changed, "-resume"}, 1),
                        "# resume refused: clock differs (run: 0/1000+10; file: 300000/2000+0)"));
-  const TempFolder empty("empty");
+  const TempFolder empty;
   EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(empty, CLOCK), "-resume"}, 1),
-                       "# resume: no earlier run of pairs in " + empty.path()));
+                       "# resume: no earlier run of pairs in " + empty.dir()));
 }
 
 }  // namespace
@@ -98,8 +92,9 @@ namespace {
 
 // An openings file that gives no opening stops the event before any engine starts.
 TEST(TourneyOpenings, FilesWithoutAnOpeningAreRefusedBeforeTheFirstGame) {
-  const TempFolder folder("openings");
+  const TempFolder folder;
   std::ofstream(folder.file("binary.pgn"), std::ios::binary) << std::string("\0\1\2\3\xff\xfe", 6);
+  std::ofstream(folder.file("bad.epd")) << "8/8/8/8/8/8/8/8 w - -\n";
   const struct {
     std::string file;
     std::string line;
@@ -107,16 +102,16 @@ TEST(TourneyOpenings, FilesWithoutAnOpeningAreRefusedBeforeTheFirstGame) {
       {folder.file("missing.pgn"), "# error 2: No such file or directory (" + folder.file("missing.pgn") + ")"},
       {folder.file("binary.pgn"), "# openings: " + folder.file("binary.pgn") + " holds no usable opening"},
       {folder.file("missing.sbk"), "# openings: " + folder.file("missing.sbk") + " is not a readable book"},
+      {folder.file("bad.epd"),
+       "# openings: " + folder.file("bad.epd") + " holds no usable opening; the event does not"},
   };
   for (const auto& c : cases) {
     kbuChess::TourneyConfig config;
     config.openingBook = c.file;
     config.openingPlies = 8;
     config.players = {{"A", "", "Simple5", "embedded"}, {"B", "", "Mass161", "embedded"}};
-    config.logFolder = folder.path();
-    kobubase::clsOutBuffer out;
-    out.setEcho(false);
-    out.setKeep(true);
+    config.logFolder = folder.dir();
+    tourney_test::KeptOutput out;
     kbuChess::clsTourney tourney(config, out);
     EXPECT_FALSE(tourney.ready());
     EXPECT_TRUE(anyHolds(out.takeAll(), c.line)) << c.file;

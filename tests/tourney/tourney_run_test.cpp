@@ -7,13 +7,8 @@
 #include <signal.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -31,22 +26,11 @@ using tourney_test::TempFolder;
 const std::string FAIRYMAX = "/usr/games/fairymax";
 const std::string STOCKFISH = "/usr/games/stockfish";
 
-// An engine of the tournament file: name, protocol, program, parameters.
-using Engine = std::array<std::string, 4>;
-
 // A gauntlet of one round: the first engine plays each other one twice.
 std::string writeTourney(const TempFolder& folder, const std::string& name, const std::string& clock, int threads,
-                         const std::vector<Engine>& engines, const std::string& moreOptions = "") {
-  std::ostringstream xml;
-  xml << "<tourney name=\"" << name << "\" type=\"gauntlet\"><options><rounds>1</rounds><logfolder>" << folder.path()
-      << "</logfolder><threads>" << threads << "</threads>" << moreOptions << "</options>" << clock << "<engines>";
-  for (const auto& [engine, protocol, file, parameters] : engines) {
-    xml << "<engine active=\"true\" name=\"" << engine << "\" protocol=\"" << protocol << "\" filename=\"" << file
-        << "\" parameters=\"" << parameters << "\"/>";
-  }
-  xml << "</engines></tourney>";
-  std::ofstream(folder.file(name + ".xml")) << xml.str();
-  return folder.file(name + ".xml");
+                         const std::vector<tourney_test::Engine>& engines, const std::string& moreOptions = "") {
+  const std::string options = "<threads>" + std::to_string(threads) + "</threads>" + moreOptions;
+  return tourney_test::writeGauntlet(folder, name, options, clock, engines);
 }
 
 // "white-black" to "result reason" for every game of the results file.
@@ -89,18 +73,8 @@ int awaitEngines(const std::string& marker, int count) {
   return running;
 }
 
-// Starts two endless games against a silent fake and waits until both have their engines.
-std::unique_ptr<EngineProcess> startEndlessGames(const TempFolder& folder, const std::string& marker) {
-  const std::string ini = writeTourney(
-      folder, "endless", "<clock game_ms=\"600000\"/>", 2,
-      {{"Self", "embedded", "", "Simple5"}, {"Slow", "xboard", FAKE_ENGINE, "xboard silent log=" + marker}});
-  auto talvena = std::make_unique<EngineProcess>(TALVENA_BIN, Lines{"-use=tourney", "-ini=" + ini});
-  EXPECT_EQ(awaitEngines(marker, 2), 2);
-  return talvena;
-}
-
 TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
-  const TempFolder folder("faults");
+  const TempFolder folder;
   const std::string fake = FAKE_ENGINE;
   const std::string ini = writeTourney(folder, "faults", "<clock game_ms=\"3000\" increment_ms=\"0\"/>", 14,
                                        {{"Self", "embedded", "", "Simple5"},
@@ -146,7 +120,7 @@ TEST(TourneyRun, EveryFaultOfAnEngineEndsItsGameWithTheRightVerdict) {
 // asks for time to start (done=0, then done=1 2.5 s later) gets it and plays.
 // The missing one's name ends in a backslash: its PGN still reads cleanly.
 TEST(TourneyRun, MissingFloodingAndSlowStartingEngines) {
-  const TempFolder folder("hostile");
+  const TempFolder folder;
   const std::string ini = writeTourney(folder, "hostile", "<clock game_ms=\"3000\" increment_ms=\"100\"/>", 3,
                                        {{"Self", "embedded", "", "Simple5"},
                                         {"Missing\\", "xboard", "/nonexistent/engine", ""},
@@ -175,7 +149,7 @@ TEST(TourneyRun, MissingFloodingAndSlowStartingEngines) {
 // scores and is never adjudicated (its games end otherwise, at the latest on
 // the length cap).
 TEST(TourneyRun, ScoresAdjudicateOnlyEnginesThatPrintThem) {
-  const TempFolder folder("adjudicate");
+  const TempFolder folder;
   const std::string ini = writeTourney(folder, "adjudicate", "<clock game_ms=\"5000\" increment_ms=\"100\"/>", 2,
                                        {{"Self", "embedded", "", "Simple5"},
                                         {"Uci", "uci", FAKE_ENGINE, "uci"},
@@ -200,7 +174,7 @@ TEST(TourneyRun, ScoresAdjudicateOnlyEnginesThatPrintThem) {
 // (up to 300 ms a move), so Talvena-as-UCI must never forfeit; no side may
 // play an illegal move, and pgn-extract reads every game without a word.
 TEST(TourneyRun, TalvenaAsUciPlaysItselfStockfishAndFairymaxByTheRules) {
-  const TempFolder folder("uci");
+  const TempFolder folder;
   ASSERT_TRUE(fs::exists(STOCKFISH) && fs::exists(FAIRYMAX)) << "tests/run.sh installs stockfish and fairymax";
   const std::string ini = writeTourney(folder, "uci", "<clock game_ms=\"6000\" increment_ms=\"400\"/>", 2,
                                        {{"TalvenaUci", "uci", TALVENA_BIN, ""},
@@ -220,25 +194,24 @@ TEST(TourneyRun, TalvenaAsUciPlaysItselfStockfishAndFairymaxByTheRules) {
   for (int game = 1; game <= 6; ++game) expectCleanPgn(folder.file("uci-1-" + std::to_string(game) + ".pgn"));
 }
 
-// Ctrl-C: running games are stopped, the standings so far printed, every
-// engine ended, and the program ends with status 0.
-TEST(TourneyRun, CtrlCWindsDownAndLeavesNoEngineBehind) {
-  const TempFolder folder("sigint");
-  const std::string marker = folder.file("sigint-marker");
-  const std::unique_ptr<EngineProcess> talvena = startEndlessGames(folder, marker);
-  ::kill(talvena->pid(), SIGINT);
-  EXPECT_TRUE(anyHolds(talvena->expectFarewell(30000), "cancel"));
-  EXPECT_EQ(processesWith(marker), 0);
-}
-
-// kill -9 of the program in the middle of a game: its engines die with it.
-TEST(TourneyRun, KilledProgramLeavesNoOrphanEngine) {
-  const TempFolder folder("kill");
-  const std::string marker = folder.file("kill-marker");
-  const std::unique_ptr<EngineProcess> talvena = startEndlessGames(folder, marker);
-  ::kill(talvena->pid(), SIGKILL);
-  talvena->waitExit(5000);
-  EXPECT_EQ(awaitEngines(marker, 0), 0);
+// Ctrl-C during two endless games against a silent fake: the running games
+// are stopped, the standings so far printed, every engine ended, and the
+// program ends with status 0. kill -9 instead: its engines die with it.
+TEST(TourneyRun, CtrlCAndKillLeaveNoEngineBehind) {
+  for (const int signal : {SIGINT, SIGKILL}) {
+    const TempFolder folder;
+    const std::string marker = folder.file("marker");
+    const std::string ini = writeTourney(
+        folder, "endless", "<clock game_ms=\"600000\"/>", 2,
+        {{"Self", "embedded", "", "Simple5"}, {"Slow", "xboard", FAKE_ENGINE, "xboard silent log=" + marker}});
+    EngineProcess talvena(TALVENA_BIN, Lines{"-use=tourney", "-ini=" + ini});
+    ASSERT_EQ(awaitEngines(marker, 2), 2);
+    ::kill(talvena.pid(), signal);
+    if (signal == SIGINT) EXPECT_TRUE(anyHolds(talvena.expectFarewell(30000), "cancel"));
+    if (signal == SIGKILL) talvena.waitExit(5000);
+    // Ctrl-C ends the engines before the program ends; after kill -9 they notice on their own.
+    EXPECT_EQ(signal == SIGINT ? processesWith(marker) : awaitEngines(marker, 0), 0) << signal;
+  }
 }
 
 }  // namespace

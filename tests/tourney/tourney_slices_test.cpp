@@ -18,17 +18,13 @@ using tourney_test::anyHolds;
 using tourney_test::Lines;
 using tourney_test::TempFolder;
 
-std::string writeEvent(const TempFolder& folder, int seed) {
-  const std::string path = folder.file("event.xml");
-  std::ofstream(path) << "<tourney name=\"sl\" type=\"gauntlet\"><options><rounds>2</rounds><logfolder>"
-                      << folder.path() << "</logfolder><threads>2</threads><opening_plies>4</opening_plies><seed>"
-                      << seed << "</seed><sprt elo0=\"0\" elo1=\"5\" alpha=\"0.05\" beta=\"0.05\"/></options>"
-                      << "<clock moves_per_second=\"0\" game_ms=\"1000\" increment_ms=\"10\"/><engines>"
-                      << "<engine active=\"true\" name=\"A\" protocol=\"embedded\" parameters=\"Simple5\"/>"
-                      << "<engine active=\"true\" name=\"B\" protocol=\"embedded\" parameters=\"Mass161\"/>"
-                      << "<engine active=\"true\" name=\"C\" protocol=\"embedded\" parameters=\"Simple2\"/>"
-                      << "</engines></tourney>";
-  return path;
+std::string writeEvent(const TempFolder& folder) {
+  return tourney_test::writeGauntlet(
+      folder, "sl",
+      "<rounds>2</rounds><threads>2</threads><opening_plies>4</opening_plies><seed>5</seed>"
+      "<sprt elo0=\"0\" elo1=\"5\" alpha=\"0.05\" beta=\"0.05\"/>",
+      "<clock moves_per_second=\"0\" game_ms=\"1000\" increment_ms=\"10\"/>",
+      {{"A", "embedded", "", "Simple5"}, {"B", "embedded", "", "Mass161"}, {"C", "embedded", "", "Simple2"}});
 }
 
 Lines runTalvena(const Lines& args, int status = 0) {
@@ -52,12 +48,12 @@ Lines figures(const Lines& output) {
 }
 
 TEST(TourneySlices, FourSlicesPlayTheGamesOfOneRunAndMergeExactly) {
-  const TempFolder whole("whole-run"), sliced("sliced-run");
-  runTalvena({"-use=tourney", "-ini=" + writeEvent(whole, 5)});
+  const TempFolder whole, sliced;
+  runTalvena({"-use=tourney", "-ini=" + writeEvent(whole)});
   const std::set<std::string> wholeGames = gamesOf(whole.file("sl-1-results.tsv"));
   ASSERT_EQ(wholeGames.size(), 8u);
 
-  const std::string ini = writeEvent(sliced, 5);
+  const std::string ini = writeEvent(sliced);
   Lines merge{"-use=merge"};
   std::set<std::string> slicedGames;
   std::string all = "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening\n";
@@ -84,10 +80,10 @@ TEST(TourneySlices, FourSlicesPlayTheGamesOfOneRunAndMergeExactly) {
 }
 
 TEST(TourneySlices, BadSlicesAndMergesAreRefused) {
-  const TempFolder folder("bad-slices"), other("other-event");
-  EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=4/4"}, 1),
+  const TempFolder folder, other;
+  EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder), "-shard=4/4"}, 1),
                        "# shard 4/4 needs N from 1 to 1000000 and K from 0 to N-1; the event does not start"));
-  EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder, 5), "-shard=x/0"}, 1),
+  EXPECT_TRUE(anyHolds(runTalvena({"-use=tourney", "-ini=" + writeEvent(folder), "-shard=x/0"}, 1),
                        "# shard x/0 is not K/N with whole numbers; the event does not start"));
   const std::string header = "round\tgame\twhite\tblack\tresult\treason\tplies\tms\topening\n";
   std::ofstream(folder.file("sl-1-results.tsv")) << header << "1\t1\tA\tB\t1-0\tmate\t40\t900\te2e4\n1\t2\tA";

@@ -1,20 +1,24 @@
 #pragma once
-// Helpers shared by the tournament and learning tests: a file's bytes, a
-// scratch folder, a results file's rows, the next reply of an adapter, and a
-// game log that records.
+// Helpers shared by the tournament and learning tests: event files, a results
+// file's rows, kept output lines, the next reply of an adapter, learning games
+// without a board, and a game log that records.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
+#include <array>
 #include <mutex>
+#include <numeric>
+#include <set>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "base/output.h"
 #include "base/thread.h"
 #include "chess/board/board.h"
 #include "chess/tourney/engine_interface.h"
+#include "chess/tourney/learning.h"
 #include "tests/common/test_files.h"
 
 namespace tourney_test {
@@ -22,22 +26,7 @@ namespace tourney_test {
 using Lines = std::vector<std::string>;
 
 using testFiles::readText;
-
-// A fresh folder for one test, removed with its contents afterwards.
-class TempFolder {
- public:
-  explicit TempFolder(const std::string& name)
-      : path_(testing::TempDir() + "talvena-" + name + "-" + std::to_string(::getpid())) {
-    std::filesystem::remove_all(path_);
-    std::filesystem::create_directories(path_);
-  }
-  ~TempFolder() { std::filesystem::remove_all(path_); }
-  std::string file(const std::string& name) const { return path_ + "/" + name; }
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
+using testFiles::TempFolder;
 
 // The game lines of a results file, each cut at its tabs into its nine
 // fields; the header is checked and left out.
@@ -57,6 +46,23 @@ inline std::vector<Lines> resultRows(const std::string& path) {
   return rows;
 }
 
+// An engine of an event file: name, protocol, program, parameters.
+using Engine = std::array<std::string, 4>;
+
+// Writes the event file `name`.xml into the folder: a gauntlet logging into
+// the folder with the options and clock given; its path.
+inline std::string writeGauntlet(const TempFolder& folder, const std::string& name, const std::string& options,
+                                 const std::string& clock, const std::vector<Engine>& engines) {
+  std::ostringstream xml;
+  xml << "<tourney name=\"" << name << "\" type=\"gauntlet\"><options><logfolder>" << folder.dir() << "</logfolder>"
+      << options << "</options>" << clock << "<engines>";
+  for (const auto& [engine, protocol, file, parameters] : engines)
+    xml << "<engine active=\"true\" name=\"" << engine << "\" protocol=\"" << protocol << "\" filename=\"" << file
+        << "\" parameters=\"" << parameters << "\"/>";
+  testFiles::writeText(folder.file(name + ".xml"), xml.str() + "</engines></tourney>");
+  return folder.file(name + ".xml");
+}
+
 inline bool anyHolds(const Lines& lines, const std::string& text) {
   return std::any_of(lines.begin(), lines.end(),
                      [&](const std::string& line) { return line.find(text) != std::string::npos; });
@@ -73,6 +79,53 @@ inline std::string awaitReply(kbuChess::clsEngineInterface& engine, int timeoutM
   }
   return "<nothing>";
 }
+
+// Learning games without a board: the soul with the larger first value wins,
+// equal ones draw. Every game is recorded; the game numbered throwAt throws,
+// the one numbered stopAt stops the run and is left unfinished.
+class clsFakeLearningGames : public kbuChess::clsLearningGames {
+ public:
+  struct Game {
+    std::string white, black;
+    Lines opening;
+  };
+
+  kbuChess::GameOutcome play(const kbuChess::Soul& white, const kbuChess::Soul& black, const Lines& opening,
+                             int msPerMove, int maxMoves) override {
+    std::lock_guard<std::mutex> guard(lock_);
+    lastMs = msPerMove;
+    lastMaxMoves = maxMoves;
+    games.push_back({white.name, black.name, opening});
+    if (++calls == throwAt) throw std::runtime_error("runner broke");
+    if (calls == stopAt) {
+      learning->requestStop();
+      return kbuChess::GameOutcome{1, false};
+    }
+    const int a = white.values[0], b = black.values[0];
+    return kbuChess::GameOutcome{a > b ? 2 : a < b ? 0 : 1, true};
+  }
+  // "white-black move ..." of every game.
+  std::multiset<std::string> texts() {
+    std::multiset<std::string> texts;
+    for (const Game& game : games)
+      texts.insert(std::accumulate(game.opening.begin(), game.opening.end(), game.white + "-" + game.black,
+                                   [](const std::string& text, const std::string& move) { return text + " " + move; }));
+    return texts;
+  }
+
+  std::mutex lock_;
+  std::vector<Game> games;
+  int calls = 0, throwAt = -1, stopAt = -1, lastMs = 0, lastMaxMoves = 0;
+  kbuChess::clsLearning* learning = nullptr;
+};
+
+// An output buffer that keeps its lines for the test instead of printing them.
+struct KeptOutput : kobubase::clsOutBuffer {
+  KeptOutput() {
+    setEcho(false);
+    setKeep(true);
+  }
+};
 
 // Every line an adapter logs, as "colour text".
 class clsRecordingLog : public kbuChess::clsGameLog {

@@ -210,9 +210,9 @@ TEST(TourneyConfigTest, TheExampleFileIsAGauntletOfThree) {
 TEST(TourneyConfigTest, CommandFindsANameWithBlanksQuotedOrNot) {
   const testFiles::TempFolder folder;
   std::filesystem::create_directory(folder.path / "my events");
-  testFiles::writeText(folder.file("my events/bad.xml"), "not xml");
-  for (const std::string& args :
-       {"\"" + folder.file("my events/bad.xml") + "\" resume shard=0/2", folder.file("my events/bad.xml")}) {
+  const std::string file = folder.file("my events/bad.xml");
+  testFiles::writeText(file, "not xml");
+  for (const std::string& args : Lines{std::string(1, '"').append(file).append("\" resume shard=0/2"), file}) {
     tourney_test::KeptOutput out;
     commandTourney(args, out);
     EXPECT_EQ(out.takeAll(), (Lines{"# starting tourney...", "# wait please...",

@@ -207,8 +207,11 @@ TEST(TourneyRun, CtrlCAndKillLeaveNoEngineBehind) {
     EngineProcess talvena(TALVENA_BIN, Lines{"-use=tourney", "-ini=" + ini});
     ASSERT_EQ(awaitEngines(marker, 2), 2);
     ::kill(talvena.pid(), signal);
-    if (signal == SIGINT) EXPECT_TRUE(anyHolds(talvena.expectFarewell(30000), "cancel"));
-    if (signal == SIGKILL) talvena.waitExit(5000);
+    if (signal == SIGINT) {
+      EXPECT_TRUE(anyHolds(talvena.expectFarewell(30000), "cancel"));
+    } else {
+      talvena.waitExit(5000);
+    }
     // Ctrl-C ends the engines before the program ends; after kill -9 they notice on their own.
     EXPECT_EQ(signal == SIGINT ? processesWith(marker) : awaitEngines(marker, 0), 0) << signal;
   }

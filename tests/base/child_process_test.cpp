@@ -98,25 +98,6 @@ TEST(ChildProcessTest, CommandLineIsCutAt8191Characters) {
   EXPECT_EQ(nextLine(child), "end");
 }
 
-// More than one read buffer at once: every byte arrives, in order. (One long
-// line across buffers is the real program's test of a 100 KiB command.)
-TEST(ChildProcessTest, LargeOutputArrivesWholeAndInOrder) {
-  constexpr long Bytes = 300000;
-  clsQuietChild flood(CHILD_HELPER, "flood " + std::to_string(Bytes));
-  flood.start();
-  ASSERT_TRUE(waitDead(flood));
-  std::size_t total = 0;
-  long expected = 0;
-  for (std::string line; !(line = flood.takeLine()).empty(); ++expected) {
-    char number[32];
-    std::snprintf(number, sizeof number, "line %07ld ", expected);
-    ASSERT_EQ(line, number + std::string(40, 'a' + expected % 26));
-    total += line.size() + 1;
-  }
-  EXPECT_EQ(expected, Bytes / 54);  // 54 bytes a line; the cut last line stays partial
-  EXPECT_EQ(total, static_cast<std::size_t>(Bytes / 54 * 54));
-}
-
 // Lines both ways, standard error on the same pipe, a line in two pieces
 // handed over only once complete, the exit code, then writes that fail.
 TEST(ChildProcessTest, DialogueExitAndSendingToTheDead) {

@@ -71,14 +71,6 @@ TEST_F(DispatchTest, PeriodEndAddsTheBaseTime) {
   untilMove();
 }
 
-TEST_F(DispatchTest, PerftAndDivide) {
-  const Lines perft = reply("perft 3", CMD_PRINTED);
-  ASSERT_EQ(perft.size(), 1u);
-  EXPECT_EQ(perft[0].rfind("Nodes: 8902, Time: ", 0), 0u) << perft[0];
-  EXPECT_NE(perft[0].find(" ms, Nodes/s: "), std::string::npos);
-  EXPECT_EQ(reply("divide 2")[0].rfind("Nodes: 400, ", 0), 0u);  // the lines per move: tests/board
-}
-
 // Positions no game reaches are taken as they stand: shown, counted, searched.
 TEST_F(DispatchTest, SetboardTakesAnyPosition) {
   EXPECT_EQ(reply("setboard 8/8/8/8/8/8/8/8 w - - 0 1", CMD_HANDLED), Lines{});

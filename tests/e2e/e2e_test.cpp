@@ -196,6 +196,30 @@ TEST_F(E2eTest, EngineOnMoveAlwaysMovesAndEveryPingIsAnswered) {
   engine_.quit();
 }
 
+// The expression console: in, a formula, a diagram, a table, out again, and
+// the xboard dialogue goes on.
+TEST_F(E2eTest, ConsoleFormulaDiagramExitAndBackToXboard) {
+  engine_.send("\\console");
+  ASSERT_TRUE(engine_.awaits("#   help ", 3000)) << "no sample commands";
+  engine_.send("popcount(pawns & us) * 2 + (1 << 64)");
+  EXPECT_EQ(engine_.readLine(3000).value_or("<nothing>"), "# 16 (0x10)");
+  engine_.send("1 / (e4 & d4)");
+  EXPECT_EQ(engine_.readLine(3000).value_or("<nothing>"), "# error at column 3: division by zero");
+  engine_.send("board(knight(g1) | e4)");
+  Lines diagram;
+  for (int i = 0; i < 9; ++i) diagram.push_back(engine_.readLine(3000).value_or("<nothing>"));
+  EXPECT_EQ(diagram, (Lines{"# 8 . . . . . . . .", "# 7 . . . . . . . .", "# 6 . . . . . . . .", "# 5 . . . . . . . .",
+                            "# 4 . . . . x . . .", "# 3 . . . . . x . x", "# 2 . . . . x . . .", "# 1 . . . . . . . .",
+                            "#   a b c d e f g h"}));
+  engine_.send("sql(\"select name from souls where kind = 'current'\")");
+  EXPECT_EQ(engine_.readUntil("# (1 row)", 3000), (Lines{"# name", "# -------", "# Simple5", "# (1 row)"}));
+  engine_.send("exit");
+  EXPECT_EQ(engine_.readLine(3000).value_or("<nothing>"), "# back to xboard");
+  engine_.send("ping 1");
+  EXPECT_EQ(engine_.readLine(3000).value_or("<nothing>"), "pong 1");
+  engine_.quit();
+}
+
 // Command-line options: the table size, a soul loaded before the loop, the
 // log of received commands; and the tournament mode, which never reads input.
 TEST(E2eStartTest, OptionsFromTheCommandLine) {

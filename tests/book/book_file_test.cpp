@@ -22,9 +22,8 @@ const Bytes TRAILER{'*', 'E', 'N', 'D', '*', 0};
 // Three positions played 1, 2 and 100 times ((w + l + d) / 2 = 0, 1, 50).
 clsBook threeBook() {
   clsBook book;
-  book.add(BookRecord{0x1111, 1, 0, 0});
-  book.add(BookRecord{0x2222, 1, 1, 1});
-  book.add(BookRecord{0x3333, 50, 25, 25});
+  for (const BookRecord& record : {BookRecord{0x1111, 1, 0, 0}, {0x2222, 1, 1, 1}, {0x3333, 50, 25, 25}})
+    book.add(record);
   return book;
 }
 

@@ -1,6 +1,5 @@
 // A small program for the child-process tests, doing one thing per mode:
 //   args ...       prints its folder and each argument in brackets, then "end"
-//   flood N        writes N bytes of numbered lines in one go
 //   echo           answers "got " + line; "err" writes to standard error,
 //                  "partial" writes a line in two pieces, "exit N" ends with N;
 //                  end of input ends with 0
@@ -18,18 +17,6 @@ int args(int argc, char** argv) {
   std::printf("folder [%s]\n", getcwd(here, sizeof here) ? here : "?");
   for (int i = 2; i < argc; ++i) std::printf("[%s]\n", argv[i]);
   std::printf("end\n");
-  return 0;
-}
-
-int flood(long bytes) {
-  std::string text;
-  for (long line = 0; static_cast<long>(text.size()) < bytes; ++line) {
-    char number[32];
-    std::snprintf(number, sizeof number, "line %07ld ", line);
-    text += number + std::string(40, 'a' + line % 26) + "\n";
-  }
-  text.resize(static_cast<std::size_t>(bytes));
-  std::fwrite(text.data(), 1, text.size(), stdout);
   return 0;
 }
 
@@ -57,8 +44,7 @@ int echo() {
 int main(int argc, char** argv) {
   const std::string mode = argc > 1 ? argv[1] : "";
   if (mode == "args") return args(argc, argv);
-  if (mode == "flood" && argc > 2) return flood(std::atol(argv[2]));
   if (mode == "echo") return echo();
-  std::fprintf(stderr, "usage: child_helper args|flood N|echo\n");
+  std::fprintf(stderr, "usage: child_helper args|echo\n");
   return 2;
 }

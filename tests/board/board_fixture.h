@@ -30,14 +30,15 @@ class BoardTest : public ::testing::Test {
     for (const Move* m = board.frame().first; m < board.frame().end; ++m) moves.push_back(clsBoard::moveText(m, true));
     return moves;
   }
-  std::vector<std::string> generated(const std::string& fen) {
+  // The position record after reading the FEN.
+  const Position& at(const std::string& fen) {
     board.readFEN(fen);
-    board.generate(-1);
-    return frameMoves();
+    return board.position();
   }
-  std::vector<std::string> legal(const std::string& fen) {
+  // The moves of all stages, or only the legal ones, in the position.
+  std::vector<std::string> generated(const std::string& fen, bool legalOnly = false) {
     board.readFEN(fen);
-    board.generateLegal();
+    static_cast<void>(legalOnly ? board.generateLegal() : board.generate(-1));
     return frameMoves();
   }
   const Move* findMove(const std::string& longForm) {

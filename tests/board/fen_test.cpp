@@ -6,16 +6,13 @@ namespace {
 using FenTest = BoardTest;
 
 TEST_F(FenTest, EmptyTextReadsTheStartPositionAndScoresAreFromTheSideToMove) {
-  board.readFEN("");
+  EXPECT_EQ(at("").pawnCount[WHITE], 8);
   EXPECT_EQ(board.fen(), "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -");
-  EXPECT_EQ(board.position().pawnCount[WHITE], 8);
   EXPECT_EQ(board.position().pieceCount[BLACK], 8);
   EXPECT_EQ(board.position().score, 0);
   EXPECT_EQ(board.fullMoveNumber(), 1);
-  board.readFEN("4k3/8/8/8/8/8/8/3QK3 w - -");
-  EXPECT_EQ(board.position().score, 1000);
-  board.readFEN("4k3/8/8/8/8/8/8/3QK3 b - -");
-  EXPECT_EQ(board.position().score, -1000);
+  EXPECT_EQ(at("4k3/8/8/8/8/8/8/3QK3 w - -").score, 1000);
+  EXPECT_EQ(at("4k3/8/8/8/8/8/8/3QK3 b - -").score, -1000);
 }
 
 TEST_F(FenTest, RoundTripsKeepBoardSideCastlingAndEnPassant) {
@@ -29,23 +26,18 @@ TEST_F(FenTest, RoundTripsKeepBoardSideCastlingAndEnPassant) {
   // The castling field adds the home squares of king and rook.
   EXPECT_EQ(board.position().unmoved, sq("e1") | sq("h1") | sq("e8") | sq("a8"));
   EXPECT_EQ(board.position().epSquare, 0u);
-  board.readFEN("r3k2r/8/8/8/8/8/8/R3K2R b - - 0 1");
-  EXPECT_EQ(board.position().unmoved, 0u);
+  EXPECT_EQ(at("r3k2r/8/8/8/8/8/8/R3K2R b - - 0 1").unmoved, 0u);
   EXPECT_EQ(board.position().side, 1u);
-  board.readFEN("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1");
-  EXPECT_EQ(board.position().epSquare, sq("e3"));
+  EXPECT_EQ(at("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1").epSquare, sq("e3"));
 }
 
 TEST_F(FenTest, AliasesAndQuirksOfTheBoardField) {
   board.readFEN("mskb4/8/8/8/8/8/8/MSKB4 w - -");
   EXPECT_EQ(board.fen(), "qbkb4/8/8/8/8/8/8/QBKB4 w - -");
-  board.readFEN("8/8/8/8/8/8/8/8 w - -");
-  EXPECT_EQ(board.position().occupied, 0u);
+  EXPECT_EQ(at("8/8/8/8/8/8/8/8 w - -").occupied, 0u);
   // "1" takes one square like any other unknown character; a short rank shifts the rest.
-  board.readFEN("k1K5/8/8/8/8/8/8/8 w - -");
-  EXPECT_EQ(board.position().kings(), sq("a8") | sq("c8"));
-  board.readFEN("kK/8/8/8/8/8/8/8 w - -");
-  EXPECT_EQ(board.position().kings(), sq("a8") | sq("b8"));
+  EXPECT_EQ(at("k1K5/8/8/8/8/8/8/8 w - -").kings(), sq("a8") | sq("c8"));
+  EXPECT_EQ(at("kK/8/8/8/8/8/8/8 w - -").kings(), sq("a8") | sq("b8"));
   EXPECT_EQ(board.fen(), "kK6/8/8/8/8/8/8/8 w - -");
 }
 

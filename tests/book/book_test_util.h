@@ -12,7 +12,6 @@ namespace bookTest {
 using namespace testFiles;
 using Lines = std::vector<std::string>;
 
-// An output sink that keeps its lines and prints nothing.
 struct Quiet : kobubase::clsOutBuffer {
   Quiet() {
     setEcho(false);

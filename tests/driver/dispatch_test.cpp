@@ -44,18 +44,6 @@ TEST_F(DispatchTest, ClocksLevelsDepthAndOptions) {
   EXPECT_EQ(driver_->engine().runtimeOptions().get("book"), "x=y.sbk");
 }
 
-TEST_F(DispatchTest, ThinkPrintsTheBudgetAndPlays) {
-  reply("level 0 0:02 0");
-  EXPECT_EQ(reply("go"), Lines{"# moves 0/0 - time 48/2000 ms"});
-  EXPECT_EQ(state().playMode, MODE_ENGINE_WHITE);
-  const Lines seen = untilMove();
-  ASSERT_GE(seen.size(), 2u);
-  EXPECT_EQ(seen[seen.size() - 2].rfind("# ", 0), 0u);  // the search summary
-  EXPECT_EQ(driver_->undoDepth(), 1u);
-  EXPECT_LT(state().engineTimeMs, 2000);
-  EXPECT_EQ(state().periodMoves, 1);
-}
-
 TEST_F(DispatchTest, PeriodEndAddsTheBaseTime) {
   reply("level 2 1 0");
   reply("force");
@@ -69,14 +57,6 @@ TEST_F(DispatchTest, PeriodEndAddsTheBaseTime) {
   EXPECT_EQ(reply("go"), Lines{"# moves 0/2 - time 17487/70000 ms"});
   reply("?");
   untilMove();
-}
-
-TEST_F(DispatchTest, PerftAndDivide) {
-  const Lines perft = reply("perft 3", CMD_PRINTED);
-  ASSERT_EQ(perft.size(), 1u);
-  EXPECT_EQ(perft[0].rfind("Nodes: 8902, Time: ", 0), 0u) << perft[0];
-  EXPECT_NE(perft[0].find(" ms, Nodes/s: "), std::string::npos);
-  EXPECT_EQ(reply("divide 2")[0].rfind("Nodes: 400, ", 0), 0u);  // the lines per move: tests/board
 }
 
 // Positions no game reaches are taken as they stand: shown, counted, searched.
@@ -97,12 +77,14 @@ TEST_F(DispatchTest, SetboardTakesAnyPosition) {
   EXPECT_EQ(shown[2], "# __moves__ 2");
 }
 
-// Commands that only look answer during a search and the engine's move still
-// comes; an illegal move changes nothing.
+// "go" prints the budget; commands that only look answer during the search
+// and the engine's move still comes, off its own clock; an illegal move
+// changes nothing.
 TEST_F(DispatchTest, LookingCommandsNeverLoseTheEnginesMove) {
   reply("new");
   reply("level 0 0:01 0");
-  reply("go");
+  EXPECT_EQ(reply("go"), Lines{"# moves 0/0 - time 23/1000 ms"});
+  EXPECT_EQ(state().playMode, MODE_ENGINE_WHITE);
   for (const char* command : {"bk", "\\", "\\", "\\moves", "\\listbook", "\\soul", "usermove e2e5", "e7e5"}) {
     EXPECT_FALSE(reply(command).empty()) << command;
     EXPECT_TRUE(driver_->thinking()) << command;
@@ -111,6 +93,8 @@ TEST_F(DispatchTest, LookingCommandsNeverLoseTheEnginesMove) {
   const Lines seen = untilMove();
   EXPECT_EQ(driver_->undoDepth(), 1u);
   EXPECT_EQ(seen.back().rfind("move ", 0), 0u);
+  EXPECT_LT(state().engineTimeMs, 1000);
+  EXPECT_EQ(state().periodMoves, 1);
 }
 
 // The mobility weight multiplies the moves of the current generation stage:

@@ -107,19 +107,6 @@ TEST_F(HostileInput, ABuildIntoItsOwnInputKeepsTheGames) {
 
 const std::string SOUL_VALUES = "=70 7 7 8 38 33 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1";
 
-TEST_F(HostileInput, LearningKeepsTheSoulsItDidNotUse) {
-  const std::string souls = file("hand.souls");
-  const std::string hand =
-      "# three souls and a typo\nA" + SOUL_VALUES + "\nB=1 2\nC" + SOUL_VALUES + "\nD" + SOUL_VALUES + "\n";
-  testFiles::writeText(souls, hand);
-  start();
-  run("\\learn " + souls + " 1 2 1 1", "# learning done");
-  const std::string text = testFiles::readText(souls);
-  EXPECT_EQ(text.substr(0, hand.size()), hand);
-  EXPECT_EQ(text.find("# generation 1 games 2 scores ", hand.size()), hand.size());
-  expectPong(3);
-}
-
 TEST_F(HostileInput, TheLastGenerationNumberKeepsTheSoulFileReadable) {
   const std::string souls = file("old.souls");
   const std::string text = "# generation 2147483647 games 2 scores 2 2\nA" + SOUL_VALUES + "\nC" + SOUL_VALUES + "\n";

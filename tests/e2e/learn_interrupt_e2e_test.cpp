@@ -3,20 +3,19 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <filesystem>
-#include <fstream>
 #include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/common/test_files.h"
 #include "tests/e2e/engine_process.h"
 
 namespace {
 
 // Every block of the file is a played generation with one soul per score.
 void expectWholeGenerations(const std::string& path) {
-  std::ifstream in(path);
+  std::istringstream in(testFiles::readText(path));
   std::vector<std::string> lines;
   for (std::string line; std::getline(in, line);) lines.push_back(line);
   ASSERT_FALSE(lines.empty());
@@ -33,38 +32,32 @@ void expectWholeGenerations(const std::string& path) {
 }
 
 TEST(LearnInterrupt, QuestionMarkEndOfInputAndCtrlCEndALearningRun) {
-  const std::string folder = testing::TempDir() + "talvena-learn-stop-" + std::to_string(::getpid());
-  std::filesystem::create_directories(folder);
+  const testFiles::TempFolder folder;
   for (const std::string how : {"?", "end of input", "ctrl-c"}) {
-    const std::string path = folder + "/" + (how == "?" ? "q" : how == "ctrl-c" ? "c" : "e") + ".souls";
+    SCOPED_TRACE(how);
+    const std::string path = folder.file(how.substr(0, 1) + ".souls");
     EngineProcess talvena(TALVENA_BIN);
     ASSERT_TRUE(talvena.started());
     talvena.send("\\learn " + path + " 1000 2 10 10");
-    talvena.readUntil("# generation 1:", 120000);
-    ASSERT_TRUE(talvena.found()) << how;
+    ASSERT_TRUE(talvena.awaits("# generation 1:", 120000)) << how;
     if (how == "?") talvena.send("?");
     if (how == "end of input") talvena.closeInput();
     if (how == "ctrl-c") ::kill(talvena.pid(), SIGINT);
     // "# learning stopped in generation N; ..." or, between two generations, "# learning done, ...".
-    talvena.readUntil("# learning ", 120000);
-    ASSERT_TRUE(talvena.found()) << how;
+    ASSERT_TRUE(talvena.awaits("# learning ", 120000)) << how;
     if (how == "?") talvena.send("quit");
-    talvena.readUntil("# bye bye", 30000);
-    EXPECT_TRUE(talvena.found()) << how;
-    EXPECT_EQ(talvena.waitExit(10000), 0) << how;
+    talvena.expectFarewell(30000);
     expectWholeGenerations(path);
   }
-  std::filesystem::remove_all(folder);
 }
 
 // A refused slice or breed ends -use=learn with exit status 1.
 TEST(LearnSlicesE2e, ARefusalEndsWithStatusOne) {
   const std::string missing = testing::TempDir() + "talvena-no-such.souls";
-  EngineProcess talvena(TALVENA_BIN, {"-use=learn", missing, "-generation=1", "-shard=0/2"});
-  const std::vector<std::string> lines = talvena.readUntil("# learn: ", 30000);
-  ASSERT_TRUE(talvena.found());
-  EXPECT_EQ(lines.back(), "# learn: soul file " + missing + " not found");
-  EXPECT_EQ(talvena.waitExit(10000), 1);
+  const std::vector<std::string> lines =
+      EngineProcess::run({"-use=learn", missing, "-generation=1", "-shard=0/2"}, 30000, 1);
+  ASSERT_GE(lines.size(), 4u);
+  EXPECT_EQ(lines[lines.size() - 4], "# learn: soul file " + missing + " not found");
 }
 
 }  // namespace

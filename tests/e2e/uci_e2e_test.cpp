@@ -17,13 +17,11 @@ class UciTest : public testing::Test {
  protected:
   explicit UciTest(const Lines& args = {}) : engine_(TALVENA_BIN, args) {}
 
-  std::string nextReply(int timeoutMs = 5000) { return engine_.nextReply(timeoutMs); }
-  std::string ask(const std::string& line) { return engine_.ask(line); }
   // The replies up to one that starts with prefix, which comes last.
   Lines repliesUntil(const std::string& prefix, int timeoutMs = 5000) {
     Lines lines;
     do {
-      lines.push_back(nextReply(timeoutMs));
+      lines.push_back(engine_.nextReply(timeoutMs));
     } while (lines.back().rfind(prefix, 0) != 0 && lines.back() != "<nothing>");
     return lines;
   }
@@ -50,7 +48,7 @@ TEST_F(UciTest, HandshakeOptionsAndBadInput) {
                    "option name Soul type string default Simple5", "option name OwnBook type check default true",
                    "option name BookFile type string default talvena.sbk", "uciok"}));
   // Commands that answer nothing are followed by "isready", so each reply is the next line.
-  EXPECT_EQ(ask("isready"), "readyok");
+  EXPECT_EQ(engine_.ask("isready"), "readyok");
   const std::pair<const char*, const char*> cases[] = {
       {"frobnicate 3", "info string unknown command: frobnicate"},
       {"setoption name Soul value Mass161", "info string soul Mass161"},
@@ -66,9 +64,9 @@ TEST_F(UciTest, HandshakeOptionsAndBadInput) {
   for (const auto& [command, reply] : cases) {
     engine_.send(command);
     engine_.send("isready");
-    EXPECT_EQ(nextReply(), reply) << command;
+    EXPECT_EQ(engine_.nextReply(), reply) << command;
     if (std::string(reply) != "readyok") {
-      EXPECT_EQ(nextReply(), "readyok") << command;
+      EXPECT_EQ(engine_.nextReply(), "readyok") << command;
     }
   }
   engine_.send("go depth 2");
@@ -78,11 +76,11 @@ TEST_F(UciTest, HandshakeOptionsAndBadInput) {
 }
 
 TEST_F(UciForcedTest, SearchCommandsAlwaysEndInALegalBestMove) {
-  EXPECT_EQ(ask("isready"), "readyok");
+  EXPECT_EQ(engine_.ask("isready"), "readyok");
   engine_.send("setoption name OwnBook value false");  // a book beside the program would answer at once
   // A "go" before any position searches the start position, until "stop".
   engine_.send("go infinite");
-  const std::string info = nextReply();
+  const std::string info = engine_.nextReply();
   EXPECT_EQ(info.rfind("info depth ", 0), 0u) << info;
   EXPECT_NE(info.find(" score cp "), std::string::npos) << info;
   engine_.send("isready");  // answered while the search goes on, perhaps after more info lines

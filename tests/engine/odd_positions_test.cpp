@@ -38,10 +38,7 @@ TEST(OddPositions, AreSearchedEvaluatedAndCounted) {
   engine.output().setEcho(false);
   for (const char* fen : ODD_POSITIONS) searchAndEvaluate(engine, fen);
   engine.readFEN("8/8/8/8/8/8/8/8 w - - 0 1");
-  EXPECT_EQ(engine.perft(3, false), 0u);
-  engine.readFEN("8/8/8/8/8/8/8/8 w - - 0 1");
-  engine.think();
-  EXPECT_FALSE(engine.bestMove().isMove());
+  EXPECT_EQ(engine.perft(3, false), 0u);  // its search: the driver's "# no legal move"
   std::mt19937 rng(2026);
   const std::string pieces = "kqrbnpKQRBNP11234";
   for (int i = 0; i < 150; ++i) {

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "chess/engine/engine.h"
 #include "chess/engine/engine_share.h"
@@ -24,12 +25,10 @@ TEST(EngineThread, StopEndsADeepSearchWithALegalMove) {
   const Move best = engine->bestMove();
   ASSERT_TRUE(best.isMove());
   EXPECT_TRUE(engine->playMove(best.from, best.to, best.isPromotion() ? 'q' : ' '));
-  std::string line;
-  ASSERT_TRUE(engine->output().takeLine(line));
-  EXPECT_EQ(line, "# engine's running");
-  std::string last;
-  while (engine->output().takeLine(line)) last = line;
-  EXPECT_EQ(last, "# engine stopped");
+  const std::vector<std::string> lines = engine->output().takeAll();
+  ASSERT_GE(lines.size(), 2u);
+  EXPECT_EQ(lines.front(), "# engine's running");
+  EXPECT_EQ(lines.back(), "# engine stopped");
 
   // A stop right after the start is not lost.
   ASSERT_TRUE(engine->start());

@@ -1,5 +1,6 @@
 #include "base/random.h"
 
+#include <chrono>
 #include <ctime>
 #include <mutex>
 
@@ -12,6 +13,14 @@ clsRandom shared;
 void seedRandom() {
   auto s0 = static_cast<std::uint64_t>(std::time(nullptr));
   seedRandom(s0, s0 + static_cast<std::uint64_t>(std::clock()));
+}
+
+std::uint64_t clockSeed() {
+  const auto ms =
+      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
+  const std::uint64_t mixed =
+      static_cast<std::uint64_t>(ms.count()) * 2654435761u ^ static_cast<std::uint64_t>(std::time(nullptr));
+  return mixed % 1000000000000ull + 1;
 }
 
 void seedRandom(std::uint64_t s0, std::uint64_t s1) {

@@ -8,6 +8,9 @@ namespace kobubase {
 
 // Seeds the generator: s0 = calendar seconds, s1 = s0 + processor-time ticks.
 void seedRandom();
+// A seed for a run that was given none, drawn from the clocks: from 1 to
+// 10^12, so that the run can print it and a person can type it again.
+std::uint64_t clockSeed();
 // Seeds with fixed words; tests use it to get repeatable draws.
 void seedRandom(std::uint64_t s0, std::uint64_t s1);
 // One xorshift128+ step.

@@ -39,6 +39,10 @@ std::string errorLine(int errorNumber) {
   return "# error " + std::to_string(errorNumber) + ": " + std::strerror(errorNumber);
 }
 
+bool allDigits(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 std::string trimmed(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t\r");
   if (first == std::string_view::npos) return "";

@@ -28,6 +28,8 @@ std::string_view wordAt(std::string_view text, int index);
 // doubled quote stands for one quote; "" alone is an empty word. Backslashes
 // are ordinary characters, so folder names keep theirs.
 std::vector<std::string> splitArguments(std::string_view text);
+// Whether the text is one or more decimal digits and nothing else.
+bool allDigits(std::string_view text);
 // The text without blanks, tabs and carriage returns at either end.
 std::string trimmed(std::string_view text);
 // "# error N: text" for a system error number.

@@ -9,6 +9,7 @@
 namespace kbuChess {
 namespace {
 
+using kobubase::allDigits;
 using kobubase::wordAt;
 
 // The pieces of a board field by rank (0 = rank 1) and file (0 = file a), '.' for empty.
@@ -84,13 +85,6 @@ bool enPassantSquare(std::string_view field, bool whiteToMove, const Squares& sq
   const char pawn = whiteToMove ? 'p' : 'P';
   if (squares[pawnRank][file] == pawn && squares[passed][file] == '.' && squares[from][file] == '.')
     square = std::string(field);
-  return true;
-}
-
-bool allDigits(std::string_view word) {
-  if (word.empty()) return false;
-  for (const char c : word)
-    if (c < '0' || c > '9') return false;
   return true;
 }
 

@@ -1,13 +1,10 @@
 #include "chess/tourney/learn_slices.h"
 
-#include <cerrno>
-#include <ctime>
 #include <filesystem>
 #include <map>
-#include <set>
 
+#include "base/random.h"
 #include "base/text.h"
-#include "base/thread.h"
 #include "chess/tourney/tourney_config.h"
 #include "chess/tourney/tourney_resume.h"
 
@@ -18,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 bool wholeNumber(const std::string& text) {
-  return !text.empty() && text.size() < 10 && text.find_first_not_of("0123456789") == std::string::npos;
+  return text.size() < 10 && kobubase::allDigits(text);
 }
 
 // Reads FILE, saying what was refused in it; false (with a line) when it cannot be read.
@@ -33,26 +30,15 @@ std::string gamesText(const SoulGeneration& generation) {
          std::to_string(generationGames(generation.souls.size()).size()) + " games";
 }
 
-// The rows kept from an earlier attempt at the slice: whole pairs of the
-// generation; a line cut short by a stopped run is played again.
+// The rows kept from an earlier attempt at the slice: whole pairs of the generation.
 bool keptRows(const std::string& path, int generation, std::vector<GameResultRow>& kept, kobubase::clsOutBuffer& out) {
-  if (!fs::exists(path)) return true;
-  std::vector<GameResultRow> rows;
-  std::vector<std::string> problems;
-  const bool read = readResultsFile(path, rows, problems);
-  for (const std::string& problem : problems) {
-    if (read && problem.find("cut short") != std::string::npos) continue;
-    out.print("# learn: " + path + " " + problem + "; the slice is not continued");
-    return false;
-  }
-  std::erase_if(rows, [generation](const GameResultRow& row) { return row.round != generation; });
   int dropped = 0;
-  kept = rowsOfWholePairs(rows, dropped);
-  if ((dropped > 0 || !problems.empty()) && !rewriteResultsFile(path, kept)) {
-    out.print(kobubase::errorLine(errno) + " (" + path + ")");
-    return false;
-  }
-  return true;
+  std::string problem;
+  const ContinuedRows continued = continuedRows(path, generation, kept, dropped, problem);
+  if (continued == ContinuedRows::REFUSED)
+    out.print("# learn: " + path + " " + problem + "; the slice is not continued");
+  if (continued == ContinuedRows::NOT_WRITTEN) out.print(problem);
+  return continued == ContinuedRows::KEPT;
 }
 
 // The generation that slices play: the one FILE holds to play, numbered `given`.
@@ -221,7 +207,7 @@ bool makeReady(const std::string& path, SoulFile& file, const PlaySettings& play
     out.print("# learn: " + path + " holds the last generation a soul file can hold: learn into a new file");
     return false;
   }
-  if (seed == 0) seed = static_cast<std::uint64_t>(std::time(nullptr)) ^ static_cast<std::uint64_t>(kobubase::nowMs());
+  if (seed == 0) seed = kobubase::clockSeed();
   file.generations.push_back(nextGeneration(file, play, seed));
   if (file.last().souls.size() < 2) {
     out.print("# learning needs at least 2 souls");

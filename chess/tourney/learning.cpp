@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <ctime>
 
 #include "base/text.h"
 #include "base/thread.h"
@@ -35,9 +34,7 @@ bool readLearnArguments(const std::string& args, LearningSettings& settings) {
 clsLearning::clsLearning(const LearningSettings& settings, clsLearningGames& games, clsOpenings& openings,
                          kobubase::clsOutBuffer& out)
     : settings_(settings), games_(games), openings_(openings), out_(out) {
-  seed_ = settings.seed;
-  if (seed_ == 0)
-    seed_ = static_cast<std::uint64_t>(std::time(nullptr)) ^ static_cast<std::uint64_t>(kobubase::nowMs());
+  seed_ = settings.seed == 0 ? kobubase::clockSeed() : settings.seed;
 }
 
 void clsLearning::requestStop() {

@@ -67,10 +67,7 @@ std::string eventFileOf(const std::string& resultsPath) {
   if (of != std::string::npos) {
     const std::size_t dash = base.rfind('-', of - 1);
     const std::string k = base.substr(dash + 1, of - dash - 1), n = base.substr(of + 4);
-    const auto digits = [](const std::string& t) {
-      return !t.empty() && t.find_first_not_of("0123456789") == std::string::npos;
-    };
-    if (dash != std::string::npos && digits(k) && digits(n)) base.resize(dash);
+    if (dash != std::string::npos && kobubase::allDigits(k) && kobubase::allDigits(n)) base.resize(dash);
   }
   return base + "-event.txt";
 }

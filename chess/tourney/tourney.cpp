@@ -86,11 +86,7 @@ clsTourney::clsTourney(TourneyConfig config, kobubase::clsOutBuffer& out, bool r
   chooseRun();
   ready_ = makeOpenings() && (resume_ ? resumeRun() : freshSlice());
   if (!ready_) return;
-  if (seed_ == 0) {
-    seed_ =
-        static_cast<std::uint64_t>(kobubase::nowMs()) * 2654435761u ^ static_cast<std::uint64_t>(std::time(nullptr));
-    seed_ = seed_ % 1000000000000ull + 1;
-  }
+  if (seed_ == 0) seed_ = kobubase::clockSeed();
   if (!config_.logPath.empty()) {
     std::string error;
     logFile_ = kobubase::openForAppending(config_.logPath, error);
@@ -194,18 +190,11 @@ bool clsTourney::resumeRun() {
     out_.print("# resume refused: " + difference);
     return false;
   }
-  std::vector<GameResultRow> rows;
-  std::vector<std::string> problems;
-  if (std::filesystem::exists(resultsPath_) && !readResultsFile(resultsPath_, rows, problems)) problems.push_back("");
-  for (const std::string& problem : problems) {
-    if (problem.find("cut short") != std::string::npos) continue;  // the line being written when the run died
-    out_.print("# resume refused: " + resultsPath_ + " " + problem);
-    return false;
-  }
   int dropped = 0;
-  rows_ = rowsOfWholePairs(rows, dropped);
-  if ((dropped > 0 || !problems.empty()) && !rewriteResultsFile(resultsPath_, rows_)) {
-    out_.print(kobubase::errorLine(errno) + " (" + resultsPath_ + ")");
+  std::string problem;
+  const ContinuedRows continued = continuedRows(resultsPath_, 0, rows_, dropped, problem);
+  if (continued != ContinuedRows::KEPT) {
+    out_.print(continued == ContinuedRows::REFUSED ? "# resume refused: " + resultsPath_ + " " + problem : problem);
     return false;
   }
   for (const GameResultRow& row : rows_) done_.insert({row.round, row.game});
@@ -228,7 +217,7 @@ bool clsTourney::dropReplayedGames() {
         name.substr(name.size() - 4) != ".pgn")
       continue;
     const std::string number = name.substr(gameFilePrefix_.size(), name.size() - gameFilePrefix_.size() - 4);
-    if (number.find_first_not_of("0123456789") != std::string::npos) continue;  // another slice's file
+    if (!kobubase::allDigits(number)) continue;  // another slice's file
     std::string text, problem;
     if (!kobubase::readWholeFile(entry.path().string(), text, problem, MAX_GAME_FILE_BYTES)) {
       out_.print(problem + " (" + entry.path().string() + ")");

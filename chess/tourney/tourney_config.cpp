@@ -186,9 +186,7 @@ std::string headerTagProblem(std::string_view name, std::string_view value) {
 }
 
 bool readShard(std::string_view index, std::string_view count, int& shardIndex, int& shardCount, std::string& problem) {
-  const auto digits = [](std::string_view text) {
-    return !text.empty() && text.size() < 10 && text.find_first_not_of("0123456789") == std::string_view::npos;
-  };
+  const auto digits = [](std::string_view text) { return text.size() < 10 && kobubase::allDigits(text); };
   const std::string given = std::string(index) + "/" + std::string(count);
   if (!digits(index) || !digits(count)) {
     problem = "shard " + given + " is not K/N with whole numbers";

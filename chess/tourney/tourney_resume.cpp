@@ -1,6 +1,8 @@
 #include "chess/tourney/tourney_resume.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <set>
 #include <sstream>
@@ -8,6 +10,7 @@
 #include <utility>
 
 #include "base/file_io.h"
+#include "base/text.h"
 
 namespace kbuChess {
 
@@ -87,6 +90,28 @@ std::vector<GameResultRow> rowsOfWholePairs(const std::vector<GameResultRow>& ro
     if (keep[i]) kept.push_back(rows[i]);
   }
   return kept;
+}
+
+ContinuedRows continuedRows(const std::string& path, int round, std::vector<GameResultRow>& kept, int& dropped,
+                            std::string& problem) {
+  kept.clear();
+  dropped = 0;
+  if (!std::filesystem::exists(path)) return ContinuedRows::KEPT;
+  std::vector<GameResultRow> rows;
+  std::vector<std::string> problems;
+  const bool read = readResultsFile(path, rows, problems);
+  for (const std::string& found : problems) {
+    if (read && found.find("cut short") != std::string::npos) continue;
+    problem = found;
+    return ContinuedRows::REFUSED;
+  }
+  if (round != 0) std::erase_if(rows, [round](const GameResultRow& row) { return row.round != round; });
+  kept = rowsOfWholePairs(rows, dropped);
+  if ((dropped > 0 || !problems.empty()) && !rewriteResultsFile(path, kept)) {
+    problem = kobubase::errorLine(errno) + " (" + path + ")";
+    return ContinuedRows::NOT_WRITTEN;
+  }
+  return ContinuedRows::KEPT;
 }
 
 namespace {

@@ -28,6 +28,19 @@ std::uint64_t seedOfSettings(const std::vector<std::string>& lines);
 // a second row of the same round and game. `dropped` counts what was left out.
 std::vector<GameResultRow> rowsOfWholePairs(const std::vector<GameResultRow>& rows, int& dropped);
 
+// The rows a continued run keeps of its results file at `path` (none when
+// there is no file yet): its whole pairs, of round `round` only when that is
+// not 0. A line cut short is the one being written when the run died and is
+// played again; any other problem refuses the file. The file is rewritten
+// when anything was left out.
+enum class ContinuedRows {
+  KEPT,
+  REFUSED,      // `problem`: "line 3: ..." or why the file cannot be read
+  NOT_WRITTEN,  // `problem`: "# error N: text (PATH)"
+};
+ContinuedRows continuedRows(const std::string& path, int round, std::vector<GameResultRow>& kept, int& dropped,
+                            std::string& problem);
+
 // The PGN text of a game file (as the run writes it: tags, a blank line, the
 // move text, a blank line) without the games whose (round, game), read from
 // their "KobuRound" tag, is not in `kept`, and without a game cut short.

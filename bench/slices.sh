@@ -21,24 +21,10 @@ WORK=$(mktemp -d /tmp/talvena-bench-slices.XXXXXX)
 trap 'rm -rf "$WORK"' EXIT
 
 write_event() {  # name threads
-  cat >"$WORK/$1.xml" <<EOF
-<tourney name="$1" type="gauntlet">
-  <options>
-    <rounds>$(((GAMES + 1) / 2))</rounds>
-    <threads>$2</threads>
-    <logfolder>$WORK/$1</logfolder>
-    <openings>$ROOT/examples/games.pgn</openings>
-    <opening_plies>8</opening_plies>
-    <opening_order>random</opening_order>
-    <seed>20261124</seed>
-  </options>
-  <clock moves_per_second="0" game_ms="$GAME_MS" increment_ms="$INC_MS"/>
-  <engines>
-    <engine active="true" name="Simple5" protocol="embedded" parameters="Simple5"/>
-    <engine active="true" name="BattleField" protocol="embedded" parameters="BattleField"/>
-  </engines>
-</tourney>
-EOF
+  sed -e "s|name=\"souls\"|name=\"$1\"|" -e "s|<rounds>[0-9]*<|<rounds>$(((GAMES + 1) / 2))<|" \
+    -e "s|<threads>[0-9]*<|<threads>$2<|" -e "s|<logfolder>[^<]*<|<logfolder>$WORK/$1<|" \
+    -e "s|<openings>|<openings>$ROOT/|" -e "s|game_ms=\"[0-9]*\" increment_ms=\"[0-9]*\"|game_ms=\"$GAME_MS\" increment_ms=\"$INC_MS\"|" \
+    "$ROOT/examples/slurm/souls.xml" >"$WORK/$1.xml"
 }
 
 report() {  # label, the file holding "wall user sys", the run's log folder

@@ -69,28 +69,12 @@ check() {  # description, then a command that holds when the check passes
   fi
 }
 
-# The event, its games played in the log folder $WORK/$1.
+# The example event of two souls made small (16 games at 500 ms + 50 ms, cut
+# at 120 plies), its games played in the log folder $WORK/$1.
 write_event() {
-  cat >"$WORK/$1.xml" <<EOF
-<?xml version="1.0" encoding="UTF-8"?>
-<tourney name="cluster" type="gauntlet">
-  <options>
-    <rounds>8</rounds>
-    <threads>2</threads>
-    <logfolder>$WORK/$1</logfolder>
-    <openings>$ROOT/examples/games.pgn</openings>
-    <opening_plies>8</opening_plies>
-    <opening_order>random</opening_order>
-    <seed>20261124</seed>
-    <max_plies>120</max_plies>
-  </options>
-  <clock moves_per_second="0" game_ms="500" increment_ms="50"/>
-  <engines>
-    <engine active="true" name="Simple5" protocol="embedded" parameters="Simple5"/>
-    <engine active="true" name="BattleField" protocol="embedded" parameters="BattleField"/>
-  </engines>
-</tourney>
-EOF
+  sed -e 's|name="souls"|name="cluster"|' -e 's|<rounds>[0-9]*<|<rounds>8<|' -e 's|increment_ms="[0-9]*"|increment_ms="50"|' \
+    -e "s|<logfolder>[^<]*<|<logfolder>$WORK/$1<|" -e "s|<openings>|<openings>$ROOT/|" \
+    -e 's|</options>|  <max_plies>120</max_plies>\n  </options>|' "$ROOT/examples/slurm/souls.xml" >"$WORK/$1.xml"
 }
 
 # Round, game, players and opening of every game in the files, sorted.

@@ -60,9 +60,7 @@ void clsEmbeddedEngine::Go() {
 void clsEmbeddedEngine::PlayMove(const std::string& move, int side, const std::string&, const Move* record) {
   control_.abandon();
   move_.reset();
-  std::string plain = move;
-  std::erase(plain, '=');
-  moveHistory_ += plain + " ";
+  addToHistory(move);
   if (record != nullptr) {
     playRecord(*record);  // legal: the game's board checked it
     onMovePlayed();

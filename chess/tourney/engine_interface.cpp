@@ -149,10 +149,7 @@ std::string clsEngineInterface::moveCommand(const std::string& move, const std::
 }
 
 void clsEngineInterface::PlayMove(const std::string& played, int side, const std::string& san, const Move*) {
-  // Engines read promotions as e7e8q; our own notation writes e7e8=q.
-  std::string move = played;
-  std::erase(move, '=');
-  moveHistory_ += move + " ";
+  const std::string move = addToHistory(played);
   if (side == colour_) return;  // our own move coming back
   if (protocol_ == PROTOCOL_UCI) {
     Send(positionCommand());
@@ -167,6 +164,12 @@ void clsEngineInterface::PlayMove(const std::string& played, int side, const std
   // make it think.
   if (forced_) Send("go");
   forced_ = false;
+}
+
+std::string clsEngineInterface::addToHistory(std::string move) {
+  std::erase(move, '=');  // engines read promotions as e7e8q; our own notation writes e7e8=q
+  moveHistory_ += move + " ";
+  return move;
 }
 
 // xboard engines take the opening in force mode and leave it with "go" (their

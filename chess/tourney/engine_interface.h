@@ -134,6 +134,8 @@ class clsEngineInterface : public kobubase::clsOutBuffer {
   // "usermove " when it asked for that.
   std::string moveCommand(const std::string& move, const std::string& san) const;
   std::string levelCommand() const;
+  // Appends a move of the game to the history; the move as engines read it.
+  std::string addToHistory(std::string move);
   // UCI: "position startpos" or "position fen FEN", then " moves " and the history when it is not empty.
   std::string positionCommand() const;
   // xboard: the start position through "setboard", or through edit mode.

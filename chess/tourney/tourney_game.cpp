@@ -260,8 +260,7 @@ bool clsTourneyGame::playLegal(const Move* legal, std::int64_t elapsed) {
   const std::string san = board_.sanText(move);
   board_.playRecord(move);
   board_.resetFrames();
-  std::string text = clsBoard::moveText(&move, false);
-  std::erase(text, '=');
+  const std::string text = clsBoard::moveText(&move, false);
   game_.addMove(san);
   if (game_.addPosition(repetitionKey(board_.position()))) {
     setResult(rc::DRAW | rc::REPETITION);
